@@ -1,0 +1,38 @@
+#include "core/buffer_source.h"
+
+namespace norvi {
+
+Result<BufferSource> ReadBufferSource(const Data& data) {
+    const DataType type = data.GetType();
+    switch (type ? type->kind : DataTypeKind::Value) {
+    case DataTypeKind::BaseArray: {
+        // All arrays have the layout of an array of bytes; only the distance of its ends depends on the
+        // element.
+        const auto& bytes = *static_cast<const BaseArray<UChar>*>(data.GetAddress());
+        const DataType element = type.GetElementType();
+        return BufferSource{bytes.data(), static_cast<Int>(bytes.size()) / element->size, element};
+    }
+    case DataTypeKind::Block: {
+        const auto& block = *static_cast<const UntypedBlock*>(data.GetAddress());
+        return BufferSource{block.data, block.count, type.GetElementType()};
+    }
+    case DataTypeKind::ArrayReference: {
+        const auto& array = *static_cast<const ArrayRef*>(data.GetAddress());
+        if (!array)
+            return BufferSource{};
+        const UntypedBlock block = array->GetBlock(0);
+        if (block.count != array->GetCount())
+            return IllegalArgumentError("only arrays with one continuous memory block are supported");
+        return BufferSource{block.data, block.count, array->GetType()};
+    }
+    case DataTypeKind::Reference: {
+        BufferSource source;
+        source.isStorable = false;
+        return source;
+    }
+    default:
+        return IllegalArgumentError("data is not an base array or block");
+    }
+}
+
+} // namespace norvi

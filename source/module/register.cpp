@@ -1,0 +1,20 @@
+// What the module "norvi" is and exports.
+#include "module/module_record.h"
+
+#include <norvi/yield.h>
+
+#include "core/parallelprogram_cpu_impl.h"
+
+constinit norvi::ModuleRecord g_norvi("net.norvi.drawportmisc", "");
+constinit norvi::CpuYieldDelegate g_CpuYieldDelegate;
+
+namespace norvi {
+
+namespace {
+
+RegistryDeclaration g_kernelClasses(g_norvi, registryid::KernelClasses);
+ClassDeclaration g_cpuProgram(g_norvi, programid::CpuProgram, &MakeObject<ParallelProgramCPUImpl>);
+
+} // namespace
+
+} // namespace norvi
