@@ -1,0 +1,106 @@
+#include "noise_gallery.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <filesystem>
+#include <fstream>
+
+#include <OpenImageIO/imageio.h>
+
+#include <norvi/host/noise.h>
+#include <norvi/host/registry.h>
+
+namespace norvi {
+
+namespace {
+
+constexpr Float cellsAcross = 6;
+// Off the whole numbers, where gradient noise has less to show.
+constexpr Float depth = 0.37f, time = 0.25f;
+constexpr Int32 seed = 1, permutationTablePower = 10;
+
+/// The last part of a class id.
+String NameOf(const NoiseInfo& info) {
+    const std::string_view id = info.id;
+    return String(id.substr(id.rfind('.') + 1));
+}
+
+Result<BaseArray<UChar>> Draw(const NoiseInfo& info, Int32 size) {
+    NORVI_TRY_VALUE(noise, NoiseRef::Create(Registry::Get(registryid::NoiseClasses).FindEntryValue(info.id)));
+    NORVI_TRY(noise->Init(seed, permutationTablePower, DataDictionary()));
+    const Float pixel = cellsAcross / static_cast<Float>(size);
+    BaseArray<UChar> grey;
+    for (Int32 y = 0; y < size; ++y) {
+        for (Int32 x = 0; x < size; ++x) {
+            const Vector32 position{(static_cast<Float>(x) + 0.5f) * pixel,
+                                    (static_cast<Float>(y) + 0.5f) * pixel, depth};
+            const Float value = (noise->Noise(position, time) - info.minimum) / (info.maximum - info.minimum);
+            grey.push_back(static_cast<UChar>(std::clamp(value, 0.0f, 1.0f) * 255 + 0.5f));
+        }
+    }
+    return grey;
+}
+
+Result<void> WritePicture(const String& path, const BaseArray<UChar>& grey, Int32 size) {
+    OIIO::ImageSpec spec(size, size, 1, OIIO::TypeDesc::UINT8);
+    spec.attribute("png:compressionLevel", 9);
+    const auto output = OIIO::ImageOutput::create(path);
+    if (!output)
+        return MakeError(errorkind::System, Format("cannot write '@': @", path, OIIO::geterror()));
+    if (!output->open(path, spec) || !output->write_image(OIIO::TypeDesc::UINT8, grey.data()) ||
+        !output->close())
+        return MakeError(errorkind::System, Format("cannot write '@': @", path, output->geterror()));
+    return OK;
+}
+
+/// The modes of a class as text: "1, 2".
+String ModesOf(const NoiseInfo& info) {
+    String modes;
+    for (UInt32 mode = 0; mode < NoiseModeCount; ++mode) {
+        if (std::string_view(NoiseClassIdOfMode(mode)) == info.id)
+            modes += (modes.empty() ? "" : ", ") + ToText(mode);
+    }
+    return modes;
+}
+
+String Row(const NoiseInfo& info) {
+    return Format(
+        "<tr><td><img src=\"@.png\" alt=\"@\"></td><td><b>@</b><br>mode @<br>@ to @, @<br>@</td></tr>\n",
+        NameOf(info), NameOf(info), info.id, ModesOf(info), info.minimum, info.maximum,
+        info.isContinuous ? "continuous" : "with jumps", info.description);
+}
+
+Result<void> WritePage(const String& path, const String& rows) {
+    std::ofstream page(path);
+    page << "<!DOCTYPE html>\n<html lang=\"en\"><head><meta "
+            "charset=\"utf-8\"><title>Noises</title></head><body>\n<table>\n"
+         << rows << "</table>\n</body></html>\n";
+    page.close();
+    return page ? Result<void>() : SystemError(Format("cannot write '@'", path), errno);
+}
+
+} // namespace
+
+Result<void> WriteNoiseGallery(const String& directory, Int32 size) noexcept {
+    return CatchOutOfMemory([&]() -> Result<void> {
+        if (size < 1 || size > 4096)
+            return IllegalArgumentError(Format("the picture size is @, not 1 to 4096", size));
+        const std::filesystem::path folder = directory;
+        std::error_code code;
+        std::filesystem::create_directories(folder, code);
+        if (code)
+            return SystemError(Format("cannot make the directory '@'", directory), code.value());
+        String rows;
+        for (UInt32 mode = 0; mode < NoiseModeCount; ++mode) {
+            const NoiseInfo& info = *FindNoiseInfo(NoiseClassIdOfMode(mode));
+            if (mode > 0 && std::string_view(NoiseClassIdOfMode(mode - 1)) == info.id)
+                continue;
+            NORVI_TRY_VALUE(grey, Draw(info, size));
+            NORVI_TRY(WritePicture((folder / (NameOf(info) + ".png")).string(), grey, size));
+            rows += Row(info);
+        }
+        return WritePage((folder / "index.html").string(), rows);
+    });
+}
+
+} // namespace norvi
