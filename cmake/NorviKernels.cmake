@@ -31,7 +31,6 @@ function(norvi_add_kernels)
   file(CONFIGURE OUTPUT ${folder}/module.cpp @ONLY CONTENT [==[
 #include <norvi/host/module.h>
 
-extern "C" [[gnu::visibility("default")]] norvi::ModuleRecord g_norvi;
 constinit norvi::ModuleRecord g_norvi("kernels.@arg_TARGET@", "");
 ]==])
   foreach(source IN LISTS arg_SOURCES)
@@ -104,7 +103,11 @@ macro(_norvi_generate_kernel source name type)
 #define NORVI_KERNEL_NAME "@KERNEL_NAME@"
 #include <norvi/kernel/kernel.h>
 @KERNEL_TYPE@
+namespace norvi::kernel {
+namespace {
 #include "@KERNEL_SOURCE@"
+}
+}
 ]==])
   list(APPEND generated ${folder}/${name}.cpp)
 endmacro()

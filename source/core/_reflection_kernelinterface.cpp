@@ -1,7 +1,7 @@
 // The reflection record of the kernel interface.
 #include <norvi/kernelinterface.h>
 
-#include "module/module_record.h"
+#include <norvi/host/module.h>
 
 namespace norvi {
 

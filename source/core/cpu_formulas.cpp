@@ -63,8 +63,14 @@ Result<void> ParallelProgramCPUImpl::SetFormula(const InternedId& attr, const Da
 Result<void> ParallelProgramCPUImpl::ForgetFormulas() {
     if (!activeKernel_->kernel)
         return OK;
-    for (const auto& [name, states] : activeKernel_->formulaStates)
-        NORVI_TRY(SetTypedParameter(*activeKernel_->kernel, name, DataType::Of<FormulaData*>(), nullptr));
+    KernelInterface& kernel = *activeKernel_->kernel;
+    const KernelParameterMap& parameters = kernel.GetKernelParameterMap();
+    for (const auto& [name, states] : activeKernel_->formulaStates) {
+        // A formula for a parameter of another kind was never bound.
+        const auto found = parameters.find(name.ToString());
+        if (found != parameters.end() && found->second.type == DataType::Of<FormulaData*>())
+            NORVI_TRY(kernel.Set(name.ToString(), nullptr));
+    }
     return OK;
 }
 

@@ -7,8 +7,10 @@ namespace norvi {
 namespace {
 
 Failure NotImplemented(const char* operation, SourceLocation at = SourceLocation::Current()) {
-    return FunctionNotImplementedError(
-        Format("@ is not implemented: the program on the processor has no textures yet", operation), at);
+    return CatchOutOfMemory([&] {
+        return FunctionNotImplementedError(
+            Format("@ is not implemented: the program on the processor has no textures yet", operation), at);
+    });
 }
 
 } // namespace

@@ -137,13 +137,15 @@ Result<void> ParallelProgramCPUImpl::UpdatePlainUniforms() {
 
 Result<void> ParallelProgramCPUImpl::UpdateBuffers() {
     KernelData& data = *activeKernel_;
-    data.boundBuffers.clear();
-    data.boundBuffers.reserve(static_cast<std::size_t>(data.bufferBindings.GetCount()));
+    // Exchanged only when it is whole: what the kernel object points to must stay in the list.
+    BaseArray<BoundBuffer> bound;
+    bound.reserve(static_cast<std::size_t>(data.bufferBindings.GetCount()));
     for (const auto& [key, value] : data.bufferBindings) {
         NORVI_TRY_VALUE(name, key.GetAs<InternedId>());
         NORVI_TRY_VALUE(array, value.GetAs<ArrayRef*>());
-        data.boundBuffers.push_back({name, array, {}});
+        bound.push_back({name, array, {}});
     }
+    data.boundBuffers = std::move(bound);
     return RefreshBuffers();
 }
 
@@ -152,12 +154,12 @@ Result<void> ParallelProgramCPUImpl::UpdateBuffers() {
 /// that a kernel never works on memory that is gone or that shows through in what was read.
 Result<void> ParallelProgramCPUImpl::RefreshBuffers() {
     for (BoundBuffer& bound : activeKernel_->boundBuffers) {
+        if (!*bound.array || (*bound.array)->GetCount() == 0)
+            return IllegalStateError("stored data block has size 0");
         NORVI_TRY_VALUE(array, bound.array->MakeWritable());
         const UntypedBlock block = array->GetBlock(0);
         if (block.data == bound.block.data && block.count == bound.block.count)
             continue;
-        if (block.count == 0)
-            return IllegalStateError("stored data block has size 0");
         NORVI_TRY(SetBuffer(*activeKernel_->kernel, bound.name, array->GetType(), block));
         bound.block = block;
     }
@@ -175,7 +177,8 @@ Result<void> ParallelProgramCPUImpl::UpdateAtomicCounters() {
 
 Result<void> ParallelProgramCPUImpl::UpdateNoise() {
     KernelData& data = *activeKernel_;
-    data.noiseObjects.clear();
+    // The kernel object points to the former ones until it gets these.
+    BaseArray<NoiseRef> noises;
     const auto known = std::min<Int>(NoiseParameterCount, static_cast<Int>(noiseModeIds_.size()));
     for (Int index = 0; index < known; ++index) {
         const auto n = static_cast<std::size_t>(index);
@@ -184,19 +187,20 @@ Result<void> ParallelProgramCPUImpl::UpdateNoise() {
             break;
         NORVI_TRY_VALUE(mode, data.uniforms.GetAs<Int32>(noiseModeIds_[n]));
         NORVI_TRY_VALUE(seed, data.uniforms.GetAs<Int32>(noiseSeedIds_[n]));
-        NORVI_TRY(AppendNoise(mode, seed));
+        NORVI_TRY(AppendNoise(noises, mode, seed));
     }
-    if (data.noiseObjects.empty())
+    if (noises.empty())
         return OK;
+    std::swap(data.noiseObjects, noises);
     data.noiseBlock = Block<NoiseRef>(data.noiseObjects.data(), static_cast<Int>(data.noiseObjects.size()));
     return SetTypedParameter(*data.kernel, noiseDataId_, DataType::Of<Block<NoiseRef>>(), &data.noiseBlock);
 }
 
-Result<void> ParallelProgramCPUImpl::AppendNoise(Int32 mode, Int32 seed) {
+Result<void> ParallelProgramCPUImpl::AppendNoise(BaseArray<NoiseRef>& noises, Int32 mode, Int32 seed) {
     const char* classId = NoiseClassIdOfMode(static_cast<UInt32>(mode));
     NORVI_TRY_VALUE(noise, NoiseRef::Create(Registry::Get(registryid::NoiseClasses).FindEntryValue(classId)));
     NORVI_TRY(noise->Init(seed, NoisePermutationTablePower, DataDictionary()));
-    activeKernel_->noiseObjects.push_back(std::move(noise));
+    noises.push_back(std::move(noise));
     return OK;
 }
 

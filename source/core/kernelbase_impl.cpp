@@ -2,7 +2,7 @@
 // inline; entered as a class of its own it is a kernel that does nothing.
 #include <norvi/kernel/kernel_base.h>
 
-#include "module/module_record.h"
+#include <norvi/host/module.h>
 
 namespace norvi {
 

@@ -65,8 +65,10 @@ UInt32 ParallelForJob::EmptyPartition(ParallelForJob& partition, UInt32 chunk) {
 
 void ParallelForJob::RunChunk(UInt64 take, UInt64 limit) {
     const LoopBody& body = *context->body;
-    Result<void> result = body.run(body.closure, workerIndex, static_cast<UInt32>(take),
-                                   static_cast<UInt32>(limit), context->cancelled);
+    Result<void> result = CatchOutOfMemory([&] {
+        return body.run(body.closure, workerIndex, static_cast<UInt32>(take), static_cast<UInt32>(limit),
+                        context->cancelled);
+    });
     if (!result) [[unlikely]] {
         if (error)
             error = std::move(result);

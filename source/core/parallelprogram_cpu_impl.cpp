@@ -34,6 +34,9 @@ Result<void> ParallelProgramCPUImpl::Init(const Url&, const DrawportContextRef&,
     return CatchOutOfMemory([&]() -> Result<void> {
         NORVI_TRY_VALUE(noiseData, InternedId::Create("noiseData"));
         noiseDataId_ = noiseData;
+        // An Init after another one, or after one that failed halfway, must not shift seeds against modes.
+        noiseSeedIds_.clear();
+        noiseModeIds_.clear();
         for (Int index = 0; index < NoiseParameterCount; ++index) {
             NORVI_TRY(AppendInterned(noiseSeedIds_, "noiseSeed_@", index));
             NORVI_TRY(AppendInterned(noiseModeIds_, "noiseMode_@", index));

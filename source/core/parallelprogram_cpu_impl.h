@@ -168,7 +168,7 @@ class ParallelProgramCPUImpl final : public ParallelProgramInterface {
     Result<void> RefreshBuffers();
     Result<void> UpdateAtomicCounters();
     Result<void> UpdateNoise();
-    Result<void> AppendNoise(Int32 mode, Int32 seed);
+    static Result<void> AppendNoise(BaseArray<NoiseRef>& noises, Int32 mode, Int32 seed);
 
     Result<void> Dispatch1D(UInt32 count);
     Result<void> Dispatch3D(const Vec3<UInt32>& counts);

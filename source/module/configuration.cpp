@@ -1,6 +1,6 @@
 #include "module/configuration.h"
 
-#include "module/module_record.h"
+#include <norvi/host/module.h>
 
 namespace norvi {
 

@@ -1,5 +1,5 @@
 // What the module "norvi" is and exports.
-#include "module/module_record.h"
+#include <norvi/host/module.h>
 
 #include <norvi/yield.h>
 

@@ -5,10 +5,10 @@
 #include <filesystem>
 #include <fstream>
 
-#include <OpenImageIO/imageio.h>
-
 #include <norvi/host/noise.h>
 #include <norvi/host/registry.h>
+
+#include "picture.h"
 
 namespace norvi {
 
@@ -25,32 +25,20 @@ String NameOf(const NoiseInfo& info) {
     return String(id.substr(id.rfind('.') + 1));
 }
 
-Result<BaseArray<UChar>> Draw(const NoiseInfo& info, Int32 size) {
+Result<Picture> Draw(const NoiseInfo& info, Int32 size) {
     NORVI_TRY_VALUE(noise, NoiseRef::Create(Registry::Get(registryid::NoiseClasses).FindEntryValue(info.id)));
     NORVI_TRY(noise->Init(seed, permutationTablePower, DataDictionary()));
     const Float pixel = cellsAcross / static_cast<Float>(size);
-    BaseArray<UChar> grey;
+    Picture picture{.width = size, .height = size, .channels = 1, .pixels = {}};
     for (Int32 y = 0; y < size; ++y) {
         for (Int32 x = 0; x < size; ++x) {
             const Vector32 position{(static_cast<Float>(x) + 0.5f) * pixel,
                                     (static_cast<Float>(y) + 0.5f) * pixel, depth};
-            const Float value = (noise->Noise(position, time) - info.minimum) / (info.maximum - info.minimum);
-            grey.push_back(static_cast<UChar>(std::clamp(value, 0.0f, 1.0f) * 255 + 0.5f));
+            picture.pixels.push_back((noise->Noise(position, time) - info.minimum) /
+                                     (info.maximum - info.minimum));
         }
     }
-    return grey;
-}
-
-Result<void> WritePicture(const String& path, const BaseArray<UChar>& grey, Int32 size) {
-    OIIO::ImageSpec spec(size, size, 1, OIIO::TypeDesc::UINT8);
-    spec.attribute("png:compressionLevel", 9);
-    const auto output = OIIO::ImageOutput::create(path);
-    if (!output)
-        return MakeError(errorkind::System, Format("cannot write '@': @", path, OIIO::geterror()));
-    if (!output->open(path, spec) || !output->write_image(OIIO::TypeDesc::UINT8, grey.data()) ||
-        !output->close())
-        return MakeError(errorkind::System, Format("cannot write '@': @", path, output->geterror()));
-    return OK;
+    return picture;
 }
 
 /// The modes of a class as text: "1, 2".
@@ -95,8 +83,8 @@ Result<void> WriteNoiseGallery(const String& directory, Int32 size) noexcept {
             const NoiseInfo& info = *FindNoiseInfo(NoiseClassIdOfMode(mode));
             if (mode > 0 && std::string_view(NoiseClassIdOfMode(mode - 1)) == info.id)
                 continue;
-            NORVI_TRY_VALUE(grey, Draw(info, size));
-            NORVI_TRY(WritePicture((folder / (NameOf(info) + ".png")).string(), grey, size));
+            NORVI_TRY_VALUE(picture, Draw(info, size));
+            NORVI_TRY(WritePicture((folder / (NameOf(info) + ".png")).string(), picture));
             rows += Row(info);
         }
         return WritePage((folder / "index.html").string(), rows);

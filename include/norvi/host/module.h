@@ -162,3 +162,8 @@ class ModuleLoader {
 };
 
 } // namespace norvi
+
+/// The record of the module that is being compiled. Each module defines it, constant-initialised, and exports
+/// it:
+///     constinit norvi::ModuleRecord g_norvi("my.module", "");
+extern "C" [[gnu::visibility("default")]] norvi::ModuleRecord g_norvi;

@@ -60,9 +60,11 @@ class Ref : public std::shared_ptr<I> {
     static Result<Ref> Create(const Class* objectClass) noexcept;
     /// The interface of `object`; a null-pointer error if it is missing.
     static Result<Ref> Of(const ObjectRef& object) noexcept {
-        if (void* found = object ? object->QueryInterface(I::InterfaceId) : nullptr)
-            return Ref(object, static_cast<I*>(found));
-        return NullPtrError(Format("the object does not implement the interface '@'", I::InterfaceId));
+        return CatchOutOfMemory([&]() -> Result<Ref> {
+            if (void* found = object ? object->QueryInterface(I::InterfaceId) : nullptr)
+                return Ref(object, static_cast<I*>(found));
+            return NullPtrError(Format("the object does not implement the interface '@'", I::InterfaceId));
+        });
     }
 
   private:

@@ -1,5 +1,5 @@
-// Atomic operations of the kernel language. They work on atomic counters and on plain elements of buffers alike,
-// give the value that stood there before, and order nothing else (relaxed), as on the card.
+// Atomic operations of the kernel language. They work on atomic counters and on plain elements of buffers
+// alike, give the value that stood there before, and order nothing else (relaxed), as on the card.
 #pragma once
 
 #include <atomic>

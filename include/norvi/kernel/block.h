@@ -37,15 +37,16 @@ inline Result<void> TakeIndexFault(const char* kernelName) {
     const IndexFault fault = std::exchange(CurrentIndexFault(), {});
     if (!fault.parameter) [[likely]]
         return OK;
-    return IllegalStateError(Format("index @ of parameter '@' of kernel '@' is out of range, the buffer has @ elements",
-                                    fault.index, fault.parameter, kernelName, fault.count));
+    return IllegalStateError(
+        Format("index @ of parameter '@' of kernel '@' is out of range, the buffer has @ elements",
+               fault.index, fault.parameter, kernelName, fault.count));
 }
 
 #endif
 
-/// A buffer parameter. `T` is a type of the kernel language; memory holds its storage type, with the same bytes.
-/// A negative index, or one at or past the count, must not be used: builds with index checks end the dispatch
-/// with an error that names kernel, parameter, index and size, other builds do not look.
+/// A buffer parameter. `T` is a type of the kernel language; memory holds its storage type, with the same
+/// bytes. A negative index, or one at or past the count, must not be used: builds with index checks end the
+/// dispatch with an error that names kernel, parameter, index and size, other builds do not look.
 template <typename T>
 class Block {
   public:
@@ -57,11 +58,17 @@ class Block {
         return view_.GetFirst()[index];
     }
 
-    Int GetCount() const { return view_.GetCount(); }
-    Bool IsBound() const { return view_.GetFirst() != nullptr; }
+    Int GetCount() const {
+        return view_.GetCount();
+    }
+    Bool IsBound() const {
+        return view_.GetFirst() != nullptr;
+    }
 
     /// The member that the program writes.
-    auto& GetView() { return view_; }
+    auto& GetView() {
+        return view_;
+    }
     void SetName([[maybe_unused]] const char* name) {
 #if NORVI_CHECK_INDICES
         name_ = name;

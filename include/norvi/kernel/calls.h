@@ -1,6 +1,6 @@
-// What kernel text reaches through its parameters beside buffers: counters, formulas and noise. A parameter that
-// was never bound is not followed: a counter that nobody reads takes its place, a formula gives its input, noise
-// gives 0.
+// What kernel text reaches through its parameters beside buffers: counters, formulas and noise. A parameter
+// that was never bound is not followed: a counter that nobody reads takes its place, a formula gives its
+// input, noise gives 0.
 #pragma once
 
 #include <norvi/formula_data.h>

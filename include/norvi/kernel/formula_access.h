@@ -51,11 +51,19 @@ class FormulaBlock {
         bool isUnfinished = false;
     };
 
-    /// Begins the run that gathers the inputs of the next formula.
-    void BeginRun() {
+    void BeginBlock(int count) {
         formula_ = nullptr;
-        std::fill_n(inputs_, Size, 0.0f);
-        std::fill_n(seeds_, Size, 0);
+        for (int i = 0; i < count; ++i)
+            isUnfinished_[i] = 1;
+    }
+
+    void SetUnfinished(int invocation, bool isUnfinished) { isUnfinished_[invocation] = isUnfinished; }
+    bool IsUnfinished(int invocation) const { return isUnfinished_[invocation] != 0; }
+    bool AreAllUnfinished(int count) const {
+        int unfinished = 0;
+        for (int i = 0; i < count; ++i)
+            unfinished += isUnfinished_[i];
+        return unfinished == count;
     }
 
     /// Evaluates formula `Run` for the first `count` inputs.
@@ -65,12 +73,16 @@ class FormulaBlock {
             formula_->cache->Evaluate(inputs_, seeds_, results_[Run], count);
         else
             std::copy_n(inputs_, count, results_[Run]);
+        formula_ = nullptr;
     }
 
   private:
     FormulaData* formula_ = nullptr;
-    float inputs_[Size];
-    int seeds_[Size];
+    // All elements are of one size, which is what lets the loops over them be vectorised together. Inputs of
+    // invocations that do not come to a formula are evaluated too, and the results left alone.
+    float inputs_[Size]{};
+    int seeds_[Size]{};
+    int isUnfinished_[Size];
     float results_[std::max(FormulaCount, 1)][Size];
 };
 

@@ -5,9 +5,10 @@
 
 namespace norvi {
 
-/// The base of kernel classes: keeps the parameter map, the work group size, the granularity and the threshold.
-/// A kernel class derives from KernelOf<itself>, adds its members, and in `Init` enters them and its work group
-/// size. Everything here is inline, so that kernel modules need nothing of the module that runs them.
+/// The base of kernel classes: keeps the parameter map, the work group size, the granularity and the
+/// threshold. A kernel class derives from KernelOf<itself>, adds its members, and in `Init` enters them and
+/// its work group size. Everything here is inline, so that kernel modules need nothing of the module that
+/// runs them.
 class KernelBase : public KernelInterface {
   public:
     KernelBase() = default;
@@ -32,10 +33,12 @@ class KernelBase : public KernelInterface {
     const Int& GetGranularity() const noexcept override { return granularity_; }
 
   protected:
-    /// A copy takes over sizes and limits. Its parameter map is filled by its own Init, so that it holds addresses
-    /// inside the copy and never inside the source.
+    /// A copy takes over sizes and limits. Its parameter map is filled by its own Init, so that it holds
+    /// addresses inside the copy and never inside the source.
     KernelBase(const KernelBase& other)
-        : KernelInterface(other), workGroupSize_(other.workGroupSize_), granularity_(other.granularity_),
+        : KernelInterface(other),
+          workGroupSize_(other.workGroupSize_),
+          granularity_(other.granularity_),
           singleThreadedThreshold_(other.singleThreadedThreshold_) {}
     KernelBase& operator=(const KernelBase&) = delete;
 

@@ -48,7 +48,8 @@ class MacroKernel final : public KernelOf<MacroKernel<Body>>, public KernelRange
         });
     }
 
-    Result<void> Kernel(const norvi::Vec3<UInt32>& global, const norvi::Vec3<UInt32>& local, const norvi::Vec3<UInt32>& group) override {
+    Result<void> Kernel(const norvi::Vec3<UInt32>& global, const norvi::Vec3<UInt32>& local,
+                        const norvi::Vec3<UInt32>& group) override {
         NORVI_TRY(CheckBound());
         DirectFormulas formulas;
         NORVI_TRY(body_.Run(uvec3(global.x, global.y, global.z), uvec3(local.x, local.y, local.z),
@@ -58,8 +59,8 @@ class MacroKernel final : public KernelOf<MacroKernel<Body>>, public KernelRange
 
     Result<void> KernelRange(UInt32 first, UInt32 last, UInt32 gridX, UInt32 gridY) override {
         NORVI_TRY(CheckBound());
-        // A copy that nobody else can point to: what the body stores cannot change the parameters, so they stay
-        // in registers and the loop over a row can be vectorised.
+        // A copy that nobody else can point to: what the body stores cannot change the parameters, so they
+        // stay in registers and the loop over a row can be vectorised.
         const Body body = body_;
         UInt32 x = first % gridX;
         UInt32 y = first / gridX % gridY;
@@ -79,11 +80,12 @@ class MacroKernel final : public KernelOf<MacroKernel<Body>>, public KernelRange
 
   private:
     static constexpr norvi::Vec3<UInt32> Group = Body::GroupSize();
-    static_assert(Group.x > 0 && Group.y > 0 && Group.z > 0, "GROUPSIZE must be at least 1 in each dimension");
+    static_assert(Group.x > 0 && Group.y > 0 && Group.z > 0,
+                  "GROUPSIZE must be at least 1 in each dimension");
 
     static Result<void> RunRow(const Body& body, UInt32 firstX, UInt32 count, UInt32 y, UInt32 z) {
-        // Signed counting tells the compiler that indices computed from x do not wrap round; the few positions
-        // beyond the signed range are counted from an offset.
+        // Signed counting tells the compiler that indices computed from x do not wrap round; the few
+        // positions beyond the signed range are counted from an offset.
         constexpr UInt32 signedEnd = std::numeric_limits<Int32>::max();
         if (firstX > signedEnd || count > signedEnd - firstX)
             return RunFarRow(body, firstX, count, y, z);
@@ -111,44 +113,43 @@ class MacroKernel final : public KernelOf<MacroKernel<Body>>, public KernelRange
     static Result<void> RunRowInBlocks(const Body& body, int begin, int end, UInt32 y, UInt32 z) {
         Formulas formulas;
         for (int x = begin; x < end; x += Formulas::Size) {
-            bool isUnfinished[Formulas::Size];
-            std::fill_n(isUnfinished, Formulas::Size, true);
-            NORVI_TRY(RunBlock<0>(body, x, std::min(end - x, Formulas::Size), y, z, formulas, isUnfinished));
+            const int count = std::min(end - x, Formulas::Size);
+            formulas.BeginBlock(count);
+            NORVI_TRY(RunBlock<0>(body, x, count, y, z, formulas));
         }
         return OK;
     }
 
-    /// Gathers and evaluates formula `Run` and those behind it, then completes the block. An invocation that ended
-    /// without coming to a formula is finished, and not run again.
+    /// Gathers and evaluates formula `Run` and those behind it, then completes the block. An invocation that
+    /// ended without coming to a formula is finished, and not run again.
     template <int Run>
-    static Result<void> RunBlock(const Body& body, int firstX, int count, UInt32 y, UInt32 z, Formulas& formulas,
-                                 bool* isUnfinished) {
-        formulas.BeginRun();
-        const bool areAllUnfinished = std::find(isUnfinished, isUnfinished + count, false) == isUnfinished + count;
-        if (areAllUnfinished) {
+    static Result<void> RunBlock(const Body& body, int firstX, int count, UInt32 y, UInt32 z,
+                                 Formulas& formulas) {
+        const int end = firstX + count;
+        if (formulas.AreAllUnfinished(count)) {
             // Without a test for each invocation the loop can be vectorised.
             NORVI_INDEPENDENT_ITERATIONS
-            for (int i = 0; i < count; ++i)
-                NORVI_TRY(RunOneOfBlock<Run>(body, firstX, i, y, z, formulas, isUnfinished));
+            for (int x = firstX; x < end; ++x)
+                NORVI_TRY(RunOneOfBlock<Run>(body, firstX, x, y, z, formulas));
         } else {
-            for (int i = 0; i < count; ++i)
-                if (isUnfinished[i])
-                    NORVI_TRY(RunOneOfBlock<Run>(body, firstX, i, y, z, formulas, isUnfinished));
+            for (int x = firstX; x < end; ++x)
+                if (formulas.IsUnfinished(x - firstX))
+                    NORVI_TRY(RunOneOfBlock<Run>(body, firstX, x, y, z, formulas));
         }
         if constexpr (Run < Body::FormulaCount) {
             formulas.template EvaluateRun<Run>(count);
-            return RunBlock<Run + 1>(body, firstX, count, y, z, formulas, isUnfinished);
+            return RunBlock<Run + 1>(body, firstX, count, y, z, formulas);
         } else {
             return OK;
         }
     }
 
     template <int Run>
-    [[gnu::always_inline]] static Result<void> RunOneOfBlock(const Body& body, int firstX, int i, UInt32 y, UInt32 z,
-                                                             Formulas& formulas, bool* isUnfinished) {
-        typename Formulas::template Access<Run> access{formulas, i};
-        NORVI_TRY(RunOne(body, static_cast<UInt32>(firstX + i), y, z, access));
-        isUnfinished[i] = access.isUnfinished;
+    [[gnu::always_inline]] static Result<void> RunOneOfBlock(const Body& body, int firstX, int x, UInt32 y,
+                                                             UInt32 z, Formulas& formulas) {
+        typename Formulas::template Access<Run> access{formulas, x - firstX};
+        NORVI_TRY(RunOne(body, static_cast<UInt32>(x), y, z, access));
+        formulas.SetUnfinished(x - firstX, access.isUnfinished);
         return OK;
     }
 

@@ -11,7 +11,7 @@
 namespace norvi::kernel {
 
 template <>
-struct Vec2<half> {
+struct [[gnu::may_alias]] Vec2<half> {
     half x, y;
 
     Vec2() = default;
@@ -22,7 +22,7 @@ struct Vec2<half> {
 };
 
 template <>
-struct Vec3<half> {
+struct [[gnu::may_alias]] Vec3<half> {
     half x, y, z;
 
     Vec3() = default;
@@ -33,7 +33,7 @@ struct Vec3<half> {
 };
 
 template <>
-struct Vec4<half> {
+struct [[gnu::may_alias]] Vec4<half> {
     half x, y, z, w;
 
     Vec4() = default;

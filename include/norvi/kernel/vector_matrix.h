@@ -60,9 +60,9 @@ namespace norvi::kernel {
         return *this = *this * right;                                                                        \
     }
 
-struct mat4;
+struct [[gnu::may_alias]] mat4;
 
-struct mat3 {
+struct [[gnu::may_alias]] mat3 {
     vec3 v0, v1, v2;
 
     mat3() = default;
@@ -94,7 +94,7 @@ struct mat3 {
     }
 };
 
-struct mat4 {
+struct [[gnu::may_alias]] mat4 {
     vec4 v0, v1, v2, v3;
 
     mat4() = default;

@@ -9,12 +9,13 @@
 
 namespace norvi::kernel {
 
+// See vector_types.h for the attribute; references that are declared before the classes need it as well.
 template <typename T>
-struct Vec2;
+struct [[gnu::may_alias]] Vec2;
 template <typename T>
-struct Vec3;
+struct [[gnu::may_alias]] Vec3;
 template <typename T>
-struct Vec4;
+struct [[gnu::may_alias]] Vec4;
 
 constexpr int LargestOf(int a, int b, int c = 0, int d = 0) {
     const int ab = a < b ? b : a, cd = c < d ? d : c;
@@ -37,7 +38,7 @@ inline constexpr bool areDistinct = [] {
 /// takes one where no component is named twice. The vector type is a parameter, not derived from the
 /// component type, so that argument dependent lookup finds its operators for swizzle operands.
 template <typename VectorType, typename T, int... Indices>
-struct Swizzle {
+struct [[gnu::may_alias]] Swizzle {
     using Vector = VectorType;
     static constexpr int componentCount = sizeof...(Indices);
 

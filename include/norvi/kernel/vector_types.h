@@ -1,12 +1,15 @@
 // The vectors of the kernel language: vec2 vec3 vec4, ivec2.., uvec2.., bvec2...
 //
 // They mean what they mean in the shading languages: constructors from scalars and from other vectors,
-// operators per component, swizzles; docs/kernel_language.md states the rules. A vector has size, alignment
-// and layout of the storage type it corresponds to (a vec3 takes 12 bytes), so that a buffer of one can be
-// viewed as the other.
+// operators per component, swizzles; docs/kernel_language.md states the rules.
+//
+// A vector has size, alignment and layout of the storage type it corresponds to (a vec3 takes 12 bytes), so
+// that a buffer of one can be viewed as the other. `may_alias` makes the view well defined: without it the
+// compiler takes the two for different memory and drops or reorders stores.
 //
 // A default constructed vector has no defined value, as everywhere in the shading languages. Copies go
-// component by component, since a copy of the union as a whole keeps it out of registers.
+// component by component, since g++ keeps a union that is copied as a whole in memory instead of in
+// registers.
 #pragma once
 
 #include "norvi/host/types.h"
@@ -25,13 +28,10 @@ concept VectorOf = requires {
 /// A vector or swizzle that the vector type `Target` can be made from: other component type, or more
 /// components.
 template <typename V, typename Target>
-concept ConvertibleVector = requires {
-    requires V::componentCount >= Target::componentCount;
-}
-&&!std::same_as<V, Target>;
+concept ConvertibleVector = !std::same_as<V, Target> && V::componentCount >= Target::componentCount;
 
 template <typename T>
-struct Vec2 {
+struct [[gnu::may_alias]] Vec2 {
     using Vector = Vec2;
     static constexpr int componentCount = 2;
 
@@ -78,7 +78,7 @@ struct Vec2 {
 };
 
 template <typename T>
-struct Vec3 {
+struct [[gnu::may_alias]] Vec3 {
     using Vector = Vec3;
     static constexpr int componentCount = 3;
 
@@ -137,7 +137,7 @@ struct Vec3 {
 };
 
 template <typename T>
-struct Vec4 {
+struct [[gnu::may_alias]] Vec4 {
     using Vector = Vec4;
     static constexpr int componentCount = 4;
 

@@ -1,0 +1,159 @@
+#include "norvi/run_plan.h"
+
+#include "tool_fixture.h"
+
+namespace norvi {
+
+namespace {
+
+class RunPlanTest : public ModulesTest {};
+
+RunOptions Saxpy() {
+    RunOptions options;
+    options.kernel = "saxpy";
+    options.grid = "10";
+    options.buffers = {"x=float32:10", "y=float32:10"};
+    options.uniforms = {"a=2"};
+    return options;
+}
+
+RunOptions Heat() {
+    RunOptions options;
+    options.kernel = "heat_2d.kernel";
+    options.grid = "8x8";
+    options.buffers = {"temperature=float32:10x10", "result=float32:10x10"};
+    options.uniforms = {"width=10", "height=10", "diffusion=0.2"};
+    return options;
+}
+
+String PlanMessage(const RunOptions& options) {
+    return MessageOf(MakeRunPlan(options));
+}
+
+/// The message for sound options with one change.
+template <typename Change>
+String SaxpyMessage(Change&& change) {
+    RunOptions options = Saxpy();
+    change(options);
+    return PlanMessage(options);
+}
+
+} // namespace
+
+TEST_F(RunPlanTest, KernelsAreFoundWithAndWithoutSuffix) {
+    EXPECT_EQ(PlanMessage(Saxpy()), "");
+    EXPECT_EQ(SaxpyMessage([](RunOptions& o) { o.kernel = "saxpy.kernel"; }), "");
+    EXPECT_EQ(SaxpyMessage([](RunOptions& o) { o.kernel = "saxpi"; }),
+              "there is no kernel 'saxpi'; did you mean 'saxpy'?");
+    EXPECT_EQ(SaxpyMessage([](RunOptions& o) { o.kernel = "saxpy.kernle"; }),
+              "there is no kernel 'saxpy.kernle'; did you mean 'saxpy.kernel'?");
+    EXPECT_FALSE(SaxpyMessage([](RunOptions& o) { o.kernel = ""; }).empty());
+}
+
+TEST_F(RunPlanTest, ArgumentsThatDoNotSuitTheKernelGiveErrors) {
+    const struct {
+        BaseArray<String> RunOptions::*list;
+        const char* text;
+        const char* message;
+    } cases[] = {
+        {&RunOptions::uniforms, "b=1",
+         "--uniform 'b=1': kernel 'saxpy.kernel' has no parameter 'b'; there is x, y, a"},
+        {&RunOptions::uniforms, "x=1",
+         "--uniform 'x=1': parameter 'x' of kernel 'saxpy.kernel' is of type buffer of float32; use "
+         "--buffer"},
+        {&RunOptions::uniforms, "a=3", "--uniform 'a=3': parameter 'a' was given before"},
+        {&RunOptions::buffers, "a=float32:3",
+         "--buffer 'a=float32:3': parameter 'a' of kernel 'saxpy.kernel' is of type float32; use --uniform"},
+        {&RunOptions::buffers, "x=float32:3", "--buffer 'x=float32:3': buffer 'x' was given before"},
+        {&RunOptions::formulas, "f=value",
+         "--formula 'f=value': kernel 'saxpy.kernel' has no parameter 'f'; there is x, y, a"},
+        {&RunOptions::counters, "a",
+         "--counter 'a': parameter 'a' of kernel 'saxpy.kernel' is of type float32; use --uniform"},
+        {&RunOptions::noises, "0:1", "--noise '0:1': kernel 'saxpy.kernel' has no noise parameter"},
+        {&RunOptions::fills, "z=1", "--fill 'z=1': there is no buffer 'z'; there is x, y"},
+        {&RunOptions::fills, "x=1,2", "--fill 'x=1,2': float32 takes 1 or 1 numbers"},
+        {&RunOptions::fills, "x=1e39", "--fill 'x=1e39': float32 cannot hold 1e+39"},
+        {&RunOptions::swaps, "x,z",
+         "--swap 'x,z': kernel 'saxpy.kernel' has no parameter 'z'; there is x, y, a"},
+        {&RunOptions::bindings, "x=z", "--bind 'x=z': there is no buffer 'z'; there is x, y"},
+        {&RunOptions::outputs, "z=z.npy",
+         "--output 'z=z.npy': kernel 'saxpy.kernel' has no parameter 'z'; there is x, y, a"},
+    };
+    for (const auto& [list, text, message] : cases)
+        EXPECT_EQ(SaxpyMessage([&](RunOptions& o) { (o.*list).push_back(text); }), message);
+}
+
+TEST_F(RunPlanTest, NamesAreSuggested) {
+    RunOptions options = Heat();
+    options.uniforms[0] = "widht=10";
+    EXPECT_EQ(PlanMessage(options),
+              "--uniform 'widht=10': kernel 'heat_2d.kernel' has no parameter 'widht'; did you "
+              "mean 'width'?");
+}
+
+TEST_F(RunPlanTest, BuffersMustBeGivenWithTheTypeOfTheParameter) {
+    EXPECT_EQ(SaxpyMessage([](RunOptions& o) { o.buffers.pop_back(); }),
+              "buffer parameter 'y' of kernel 'saxpy.kernel' was not given; add --buffer y=float32:COUNT");
+    // Of the same size, but not the same type.
+    EXPECT_EQ(SaxpyMessage([](RunOptions& o) { o.buffers[1] = "y=int32:10"; }),
+              "--buffer 'y=int32:10': the elements are of type int32, but parameter 'y' of kernel "
+              "'saxpy.kernel' takes "
+              "float32");
+    RunOptions counting;
+    counting.kernel = "count_above";
+    counting.grid = "1";
+    counting.buffers = {"values=float32:1"};
+    EXPECT_EQ(
+        PlanMessage(counting),
+        "counter parameter 'counter' of kernel 'count_above.kernel' was not given; add --counter counter");
+}
+
+TEST_F(RunPlanTest, MissingUniformsAndNoiseAreWarnings) {
+    RunOptions options;
+    options.kernel = "noise_field";
+    options.grid = "8x8";
+    options.buffers = {"result=float32:64"};
+    options.uniforms = {"width=8", "height=8", "scale=1"};
+    const auto plan = MakeRunPlan(options);
+    ASSERT_TRUE(plan) << MessageOf(plan);
+    EXPECT_EQ(plan->warnings,
+              (BaseArray<String>{
+                  "uniform parameter 'time' of kernel 'noise_field.kernel' was not given and is zero",
+                  "noise parameter 'noiseData' of kernel 'noise_field.kernel' was not given and is "
+                  "zero; add --noise MODE:SEED"}));
+}
+
+TEST_F(RunPlanTest, GridsAreCountedAsTheyAreRun) {
+    RunOptions options = Heat();
+    options.grid = "3x20";
+    const auto plan = MakeRunPlan(options);
+    ASSERT_TRUE(plan) << MessageOf(plan);
+    EXPECT_EQ(plan->invocations, 8 * 20);
+    options.grid = "1x4294967295";
+    EXPECT_EQ(PlanMessage(options), "--grid '1x4294967295': raised to the work group size 8x8x1 of kernel "
+                                    "'heat_2d.kernel' it has more than 4294967295 invocations");
+}
+
+TEST_F(RunPlanTest, FormulasNeedGridsOfOneDimension) {
+    RunOptions options;
+    options.kernel = "apply_formula";
+    options.grid = "10x10";
+    options.buffers = {"values=float32:100", "result=float32:100"};
+    options.formulas = {"formula=value*2"};
+    EXPECT_EQ(PlanMessage(options),
+              "--formula 'formula=value*2': formulas need a grid of one dimension; in others they "
+              "are not evaluated");
+}
+
+TEST_F(RunPlanTest, StepsAndOutputEveryHaveRanges) {
+    EXPECT_EQ(SaxpyMessage([](RunOptions& o) { o.steps = 0; }), "--steps '0': expected 1 to 1000000000");
+    EXPECT_EQ(SaxpyMessage([](RunOptions& o) { o.outputEvery = 2; }),
+              "--output-every '2': expected 1 to the number of steps, 1");
+    EXPECT_EQ(SaxpyMessage([](RunOptions& o) {
+                  o.outputEvery = 1;
+                  o.outputs = {"y=y.npy"};
+              }),
+              "--output-every '1': no --output has {step} in the name of its file");
+}
+
+} // namespace norvi

@@ -1,0 +1,63 @@
+// What tests of commands need: loaded modules, and a folder of their own.
+#pragma once
+
+#include <filesystem>
+#include <fstream>
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include "norvi/command.h"
+
+namespace norvi {
+
+/// Suites whose tests use the modules that ship: loaded for the suite, since two loaders at once would enter
+/// the same classes twice.
+class ModulesTest : public testing::Test {
+  public:
+    static void SetUpTestSuite() {
+        auto modules = ModuleLoader::LoadDefault();
+        ASSERT_TRUE(modules) << modules.GetError().ToString();
+        Context().modules = std::move(*modules);
+        Context().isQuiet = true;
+    }
+    static void TearDownTestSuite() { Context() = {}; }
+
+    static CommandContext& Context() {
+        static CommandContext context;
+        return context;
+    }
+};
+
+/// A folder that is made for a test and removed after it.
+class ScratchFolder {
+  public:
+    ScratchFolder() {
+        path_ = std::filesystem::temp_directory_path() /
+                (std::string("norvi_tool_") + std::to_string(getpid()) + "_" +
+                 testing::UnitTest::GetInstance()->current_test_info()->name());
+        std::filesystem::create_directories(path_);
+    }
+    ~ScratchFolder() { std::filesystem::remove_all(path_); }
+
+    String File(const String& name) const { return (path_ / name).string(); }
+    String Write(const String& name, std::string_view bytes) const {
+        std::ofstream(File(name), std::ios::binary) << bytes;
+        return File(name);
+    }
+    Int CountFiles() const {
+        return std::distance(std::filesystem::directory_iterator(path_),
+                             std::filesystem::directory_iterator());
+    }
+
+  private:
+    std::filesystem::path path_;
+};
+
+/// The message of a failure, "" for success.
+template <typename T>
+String MessageOf(const Result<T>& result) {
+    return result ? String() : result.GetError().GetMessage();
+}
+
+} // namespace norvi

@@ -1,0 +1,5 @@
+#include "norvi/tool.h"
+
+int main(int argc, char** argv) {
+    return norvi::RunTool(argc, argv);
+}
