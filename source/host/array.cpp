@@ -31,6 +31,19 @@ void CopyElements(DataType type, void* target, const void* source, Int count) {
     }
 }
 
+void ConstructElements(DataType type, void* target, Int count) {
+    auto* to = static_cast<std::byte*>(target);
+    Int done = 0;
+    try {
+        for (; done < count; ++done)
+            type->operations.construct(to + done * type->size);
+    } catch (...) {
+        while (done-- > 0)
+            type->operations.destruct(to + done * type->size);
+        throw;
+    }
+}
+
 } // namespace
 
 UntypedArray::~UntypedArray() {
@@ -64,8 +77,8 @@ Result<void> Array::Resize(Int count) noexcept {
             data_ = std::move(grown);
         }
         DestroyElements(count, count_);
-        for (; !type_->isTrivial && count_ < count; ++count_)
-            type_->operations.construct(GetElement(count_));
+        if (!type_->isTrivial && count > count_)
+            ConstructElements(type_, GetElement(count_), count - count_);
         count_ = count;
         return OK;
     });
@@ -94,6 +107,9 @@ Result<ArrayRef> ArrayRef::NewBaseArray(DataType elementType) noexcept {
     return CatchOutOfMemory([&]() -> Result<ArrayRef> {
         if (!elementType || elementType->size < 1)
             return IllegalArgumentError("An array needs an element type.");
+        if (!elementType->isTrivial &&
+            (!elementType->operations.construct || !elementType->operations.copyConstruct))
+            return IllegalArgumentError(Format("An array cannot hold elements of the type @.", elementType));
         ArrayRef reference;
         reference.array_ = std::make_shared<Array>(elementType);
         return reference;

@@ -17,16 +17,8 @@ void FreeAligned(DataType type, void* memory) noexcept {
 Data::Data(const Data& other) {
     if (!other.type_)
         return;
-    // Copying the value may throw: memory of its own must not be lost then.
-    void* memory = Reserve(other.type_);
-    try {
-        other.type_->operations.copyConstruct(memory, other.Address());
-    } catch (...) {
-        if (!FitsInline(other.type_))
-            FreeAligned(other.type_, memory);
-        throw;
-    }
-    type_ = other.type_;
+    Construct(other.type_,
+              [&](void* memory) { other.type_->operations.copyConstruct(memory, other.Address()); });
 }
 
 Data::Data(Data&& other) noexcept {
@@ -45,15 +37,7 @@ Data::~Data() {
 
 Data Data::Copy(DataType type, const void* value) {
     Data data;
-    void* memory = data.Reserve(type);
-    try {
-        type->operations.copyConstruct(memory, value);
-    } catch (...) {
-        if (!FitsInline(type))
-            FreeAligned(type, memory);
-        throw;
-    }
-    data.type_ = type;
+    data.Construct(type, [&](void* memory) { type->operations.copyConstruct(memory, value); });
     return data;
 }
 
@@ -85,12 +69,16 @@ void* Data::Reserve(DataType type) {
     return heap_;
 }
 
+void Data::Free(DataType type) noexcept {
+    if (!FitsInline(type))
+        FreeAligned(type, heap_);
+}
+
 void Data::Destroy() noexcept {
     if (!type_)
         return;
     type_->operations.destruct(Address());
-    if (!FitsInline(type_))
-        FreeAligned(type_, heap_);
+    Free(type_);
     type_ = {};
 }
 

@@ -10,7 +10,8 @@ void DataDictionary::Set(Data key, Data value) {
     }
     // Room is made before the index learns of the entry, so that a failed allocation leaves both as they
     // were.
-    contents.entries.reserve(contents.entries.size() + 1);
+    if (contents.entries.size() == contents.entries.capacity())
+        contents.entries.reserve(2 * contents.entries.size() + 4);
     contents.positions.emplace(key, contents.entries.size());
     contents.entries.push_back({std::move(key), std::move(value)});
 }

@@ -11,9 +11,10 @@ namespace {
 
 std::mutex g_sinkMutex;
 
+// Never destroyed: static objects log while the process ends.
 LogSink& Sink() {
-    static LogSink sink;
-    return sink;
+    static auto* sink = new LogSink;
+    return *sink;
 }
 
 void WriteToStandardError(LogLevel level, const String& message) {

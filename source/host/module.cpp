@@ -133,7 +133,8 @@ Result<void> ModuleLoader::Load(const String& path) noexcept {
         BaseArray<Library> opened;
         if (library.handle)
             opened.push_back(std::move(library));
-        return StartAll(opened);
+        BaseArray<Result<void>> failures = StartAll(opened);
+        return failures.empty() ? Result<void>() : std::move(failures.front());
     });
 }
 
@@ -141,8 +142,10 @@ Result<void> ModuleLoader::LoadDirectory(const String& directory) noexcept {
     return CatchOutOfMemory([&]() -> Result<void> {
         std::error_code error;
         BaseArray<String> paths;
-        for (const auto& entry : std::filesystem::directory_iterator(directory, error)) {
-            const String path = entry.path().string();
+        // Not a range-for, whose steps throw.
+        for (std::filesystem::directory_iterator entry(directory, error), end; !error && entry != end;
+             entry.increment(error)) {
+            const String path = entry->path().string();
             if (path.ends_with(ModuleSuffix) && !path.ends_with(WideSuffix))
                 paths.push_back(path);
         }
@@ -156,7 +159,9 @@ Result<void> ModuleLoader::LoadDirectory(const String& directory) noexcept {
             else if (library->handle)
                 opened.push_back(std::move(*library));
         }
-        return StartAll(opened);
+        for (const Result<void>& failure : StartAll(opened))
+            Log(LogLevel::Warning, failure.GetError().GetMessage());
+        return OK;
     });
 }
 
@@ -193,32 +198,45 @@ Result<ModuleLoader::Library> ModuleLoader::Open(const String& path) {
     return library;
 }
 
-/// Starts what can be started until nothing is left, so that the order of the list does not matter.
-Result<void> ModuleLoader::StartAll(BaseArray<Library>& opened) {
+/// Starts what can be started until nothing is left, so that the order of the list does not matter. Gives
+/// what failed.
+BaseArray<Result<void>> ModuleLoader::StartAll(BaseArray<Library>& opened) {
+    BaseArray<Result<void>> failures;
     while (!opened.empty()) {
         auto next = std::find_if(opened.begin(), opened.end(), [&](const Library& l) { return CanStart(l); });
         if (next == opened.end())
             break;
         Library library = std::move(*next);
         opened.erase(next);
-        NORVI_TRY(Start(std::move(library)));
+        // Two files of one folder may be the same module.
+        if (IsStarted(library.record->GetId()))
+            dlclose(library.handle);
+        else if (auto started = Start(std::move(library)); !started)
+            failures.push_back(std::move(started));
     }
-    if (opened.empty())
-        return OK;
-    const Library stuck = opened.front();
-    Failure failure = IllegalStateError(Format("the module '@' needs the modules '@', which are not loaded",
-                                               stuck.path, stuck.record->GetDependencies()));
-    for (Library& library : opened)
+    for (Library& library : opened) {
+        failures.push_back(
+            IllegalStateError(Format("the module '@' needs the modules '@', which are not loaded",
+                                     library.path, library.record->GetDependencies())));
         dlclose(library.handle);
-    return failure;
+    }
+    return failures;
+}
+
+/// `error` without what points into the module that made it and is about to be unloaded.
+Failure Detached(const Error& error) {
+    const auto lasting = [](const char* text) { return InternedId(text).ToString().c_str(); };
+    return MakeError(lasting(error.GetKind()), error.GetMessage(),
+                     {lasting(error.GetLocation().file), error.GetLocation().line}, error.GetNativeCode());
 }
 
 Result<void> ModuleLoader::Start(Library library) {
     library.record->SetInitializer(&ResolveDeclared);
     for (Declaration* d = library.record->GetFirst(); d; d = d->GetNext()) {
         if (auto started = d->Start(); !started) {
+            Failure failure = Detached(started.GetError());
             Close(library);
-            return started;
+            return failure;
         }
         ++library.startedCount;
     }

@@ -29,10 +29,13 @@ void Result<void>::Release() noexcept {
         delete error_;
 }
 
-Result<void> Result<void>::Copy() const {
+Result<void> Result<void>::Copy() const noexcept {
     if (!error_ || error_ == &StaticOutOfMemory())
         return Result(error_);
-    return MakeError(error_->GetKind(), error_->GetMessage(), error_->GetLocation(), error_->GetNativeCode());
+    return CatchOutOfMemory([this]() -> Result<void> {
+        return MakeError(error_->GetKind(), error_->GetMessage(), error_->GetLocation(),
+                         error_->GetNativeCode());
+    });
 }
 
 Failure MakeError(const char* kind, String message, SourceLocation at, int nativeCode) noexcept {

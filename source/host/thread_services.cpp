@@ -58,6 +58,9 @@ Workers& TheWorkers() {
     return *workers;
 }
 
+// The current thread runs the jobs of a group one by one, in whatever arena of the application it may be.
+thread_local bool t_isAlone = false;
+
 // A partition is handed out in about this many chunks: more would balance better, and cost more.
 constexpr UInt32 ChunksPerPartition = 16;
 
@@ -81,7 +84,7 @@ JobGroup ThreadServices::CreateGroupForQueue(Int, Int jobSize, void* buffer, Int
 
 Partitions ThreadServices::CalculatePartitions(UInt32 length, Int threadCount, Int granularity) noexcept {
     const auto grain = static_cast<UInt32>(std::clamp<Int>(granularity, 1, std::max<UInt32>(length, 1)));
-    const Int workers = threadCount > 0 ? threadCount : JobQueue::GetThreadCount();
+    const Int workers = std::min<Int>(threadCount > 0 ? threadCount : JobQueue::GetThreadCount(), INT16_MAX);
     const auto count = static_cast<UInt32>(std::clamp<Int>(length / grain, 1, workers));
     // The first `longer` partitions take one iteration more, so that all lengths add up.
     const UInt32 size = length / count;
@@ -113,19 +116,36 @@ void ThreadServices::EnqueueGroupAndWait(JobGroup& group) noexcept {
     const auto job = [&group](Int index) {
         return static_cast<std::byte*>(group.buffer_) + (group.firstJob_ + index) * group.jobSize_;
     };
+    if (group.jobCount_ < 1)
+        return;
+    if (JobQueue::GetThreadCount() == 1) {
+        // An arena for one thread was seen to number a second caller 1.
+        RunAlone(group);
+        return;
+    }
     Publish(&group);
     TheWorkers().arena->execute([&] {
+        // A full arena hands this to another thread.
+        Observe(&group);
         tbb::task_group tasks;
-        for (Int index = 1; index < group.jobCount_; ++index)
-            tasks.run([&group, &done, slot = job(index)] {
-                if (group.finished_.load(std::memory_order_relaxed))
-                    return;
-                Observe(&group);
-                group.function_(slot);
-                Publish(&done);
-            });
+        Int queued = 1;
+        try {
+            for (; queued < group.jobCount_; ++queued)
+                tasks.run([&group, &done, slot = job(queued)] {
+                    if (group.finished_.load(std::memory_order_relaxed))
+                        return;
+                    Observe(&group);
+                    group.function_(slot);
+                    Publish(&done);
+                });
+        } catch (const std::bad_alloc&) {
+            // The library has no memory for its tasks: what could not be queued runs here.
+        }
         group.function_(job(0));
+        for (Int index = queued; index < group.jobCount_; ++index)
+            group.function_(job(index));
         tasks.wait();
+        Publish(&done);
     });
     Observe(&done);
 }
@@ -134,8 +154,15 @@ void ThreadServices::GroupMarkAsFinished(JobGroup& group) noexcept {
     group.finished_.store(true, std::memory_order_relaxed);
 }
 
+void ThreadServices::RunAlone(JobGroup& group) noexcept {
+    t_isAlone = true;
+    for (Int index = 0; index < group.jobCount_; ++index)
+        group.function_(static_cast<std::byte*>(group.buffer_) + (group.firstJob_ + index) * group.jobSize_);
+    t_isAlone = false;
+}
+
 Int ThreadServices::GetCurrentWorkerThreadIndex() noexcept {
-    return std::max(0, tbb::this_task_arena::current_thread_index());
+    return t_isAlone ? 0 : std::max(0, tbb::this_task_arena::current_thread_index());
 }
 
 } // namespace norvi

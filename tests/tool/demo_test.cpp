@@ -12,10 +12,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
-class DemoTest : public testing::Test {
+class DemoTest : public ModulesTest {
   protected:
     DemoTest() {
-        LoadedContext();
         options_.settings.width = 64;
         options_.settings.height = 48;
         options_.steps = 30;

@@ -15,8 +15,7 @@ class Data {
     requires(!std::is_same_v<std::decay_t<T>, Data> && std::is_copy_constructible_v<std::decay_t<T>>)
         Data(T&& value) {
         using Value = std::decay_t<T>;
-        new (Reserve(DataType::Of<Value>())) Value(std::forward<T>(value));
-        type_ = DataType::Of<Value>();
+        Construct(DataType::Of<Value>(), [&](void* memory) { new (memory) Value(std::forward<T>(value)); });
     }
     Data(const char* text) : Data(String(text)) {}
     Data(const Data& other);
@@ -58,6 +57,19 @@ class Data {
     static Bool FitsInline(DataType type) { return type->size <= InlineSize && type->alignment <= 8; }
     /// Memory for a value of `type`; `type_` is set only when the value stands in it.
     void* Reserve(DataType type);
+    /// Reserves memory for a value of `type`, which `construct` may fail to put there.
+    template <typename Constructor>
+    void Construct(DataType type, Constructor construct) {
+        void* memory = Reserve(type);
+        try {
+            construct(memory);
+        } catch (...) {
+            Free(type);
+            throw;
+        }
+        type_ = type;
+    }
+    void Free(DataType type) noexcept;
     void Destroy() noexcept;
     void TakeOver(Data& other) noexcept;
     void* Address() const { return FitsInline(type_) ? const_cast<std::byte*>(inline_) : heap_; }

@@ -9,7 +9,7 @@ namespace norvi {
 
 enum class LogLevel { Info, Warning, Error, Critical };
 
-/// Receives every message. Called from any thread, one call at a time.
+/// Receives every message. Called from any thread, one call at a time; must not log itself.
 using LogSink = std::function<void(LogLevel level, const String& message)>;
 
 /// Replaces the sink and returns the one before it. An empty sink stands for the default, which writes to the

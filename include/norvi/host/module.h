@@ -152,7 +152,7 @@ class ModuleLoader {
     };
 
     Result<Library> Open(const String& path);
-    Result<void> StartAll(BaseArray<Library>& opened);
+    BaseArray<Result<void>> StartAll(BaseArray<Library>& opened);
     Result<void> Start(Library library);
     static void Close(Library& library) noexcept;
     Bool IsStarted(std::string_view id) const;

@@ -34,7 +34,7 @@ struct SourceLocation {
     }
 };
 
-/// What went wrong, where, and why. Immutable once made; errors are counted references and cheap to copy.
+/// What went wrong, where, and why. Immutable once made.
 class Error {
   public:
     /// @param kind one of the ids in `errorkind`; must have static storage.
@@ -85,8 +85,8 @@ class [[nodiscard]] Result<void> {
     const Error& GetError() const noexcept { return *error_; }
     /// Hands the failure on and leaves success behind.
     const Error* TakeError() noexcept { return std::exchange(error_, nullptr); }
-    /// A second result with the same failure.
-    Result Copy() const;
+    /// A second result with the same failure; the out-of-memory error if there is no memory for it.
+    Result Copy() const noexcept;
 
   private:
     void Release() noexcept;
@@ -168,7 +168,7 @@ auto CatchOutOfMemory(Operation&& operation, SourceLocation at = SourceLocation:
 /// Returns the failure of `expression` from the enclosing function, else goes on.
 #define NORVI_TRY(expression)                                                                                \
     do {                                                                                                     \
-        if (auto&& norviTryResult = (expression); !norviTryResult.IsOk()) [[unlikely]]                         \
+        if (auto&& norviTryResult = (expression); !norviTryResult.IsOk()) [[unlikely]]                       \
             return ::norvi::Failure(norviTryResult.TakeError());                                             \
     } while (false)
 

@@ -19,7 +19,9 @@ inline String ToText(Int32 value) {
 inline String ToText(UInt32 value) {
     return ToText(UInt64{value});
 }
-inline String ToText(Bool value) {
+/// (A template, since every pointer would convert to Bool.)
+template <std::same_as<Bool> Value>
+String ToText(Value value) {
     return value ? "true" : "false";
 }
 inline String ToText(std::string_view text) {

@@ -65,16 +65,19 @@ class ThreadServices {
     static Partitions CalculatePartitions(UInt32 length, Int threadCount, Int granularity) noexcept;
 
     static void* GetStaticJobBuffer(JobGroup& group, Int& capacity) noexcept;
-    /// Adds `count` jobs from slot `first` on, which `function` will run.
+    /// Makes the `count` jobs from slot `first` on the group's jobs, which `function` will run.
     static void GroupBatchAdd(JobGroup& group, Int first, Int count, JobFunction function) noexcept;
-    /// Runs all jobs; the caller takes part, with the first one. Returns when all have run or the group was
-    /// marked as finished and none is running any more.
+    /// Runs all jobs; the caller waits, and as a rule takes part. Returns when all have run, or when the
+    /// group was marked as finished and none is running any more.
     static void EnqueueGroupAndWait(JobGroup& group) noexcept;
     /// Jobs that have not begun are passed over. Called by a job of the group.
     static void GroupMarkAsFinished(JobGroup& group) noexcept;
 
     /// Index of the current worker, below JobQueue::GetThreadCount; 0 outside of jobs.
     static Int GetCurrentWorkerThreadIndex() noexcept;
+
+  private:
+    static void RunAlone(JobGroup& group) noexcept;
 };
 
 } // namespace norvi
