@@ -13,15 +13,13 @@ class InitOnceState {
   public:
     /// Runs `initialize` (giving a Result<void>) unless it has succeeded or failed before.
     /// @param yield called while another thread is at it.
-    /// @param didRun set to true if this call ran it.
     template <typename Initialize, typename Yield>
-    Result<void> Run(Initialize&& initialize, Yield&& yield, Bool& didRun) {
+    Result<void> Run(Initialize&& initialize, Yield yield) {
         for (UInt32 state = state_.load(std::memory_order_acquire); state != Done;
              state = state_.load(std::memory_order_acquire)) {
             if (state == Failed)
                 return failure_.Copy();
             if (state == NotDone && state_.compare_exchange_weak(state, Running, std::memory_order_acquire)) {
-                didRun = true;
                 failure_ = initialize();
                 state_.store(failure_ ? Done : Failed, std::memory_order_release);
             } else if (state == Running) {
@@ -30,8 +28,6 @@ class InitOnceState {
         }
         return OK;
     }
-
-    Bool IsDone() const { return state_.load(std::memory_order_acquire) == Done; }
 
   private:
     static constexpr UInt32 NotDone = 0, Failed = 1, Running = 3, Done = 8;

@@ -50,8 +50,9 @@ class KernelInterface : public ObjectInterface {
 };
 
 /// What a kernel may offer beside KernelInterface: running consecutive invocations in one call, which costs
-/// far less than a call each and lets the compiler vectorise the body. Results are those of calling `Kernel`
-/// for each invocation in order.
+/// far less than a call each and lets the compiler vectorise the body. For kernels whose
+/// invocations do not depend on each other, results are those of calling `Kernel` for each. That another
+/// worker's failure has ended a dispatch is noticed between ranges.
 class KernelRangeInterface {
   public:
     static constexpr const char* InterfaceId = "net.norvi.interface.kernelrangeinterface";

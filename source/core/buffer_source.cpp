@@ -2,7 +2,9 @@
 
 namespace norvi {
 
-Result<BufferSource> ReadBufferSource(const Data& data) {
+namespace {
+
+Result<BufferSource> ReadAnySource(const Data& data) {
     const DataType type = data.GetType();
     switch (type ? type->kind : DataTypeKind::Value) {
     case DataTypeKind::BaseArray: {
@@ -10,6 +12,9 @@ Result<BufferSource> ReadBufferSource(const Data& data) {
         // element.
         const auto& bytes = *static_cast<const BaseArray<UChar>*>(data.GetAddress());
         const DataType element = type.GetElementType();
+        // This one packs its elements into bits.
+        if (element == DataType::Of<Bool>())
+            return IllegalArgumentError("data is not an base array or block");
         return BufferSource{bytes.data(), static_cast<Int>(bytes.size()) / element->size, element};
     }
     case DataTypeKind::Block: {
@@ -33,6 +38,20 @@ Result<BufferSource> ReadBufferSource(const Data& data) {
     default:
         return IllegalArgumentError("data is not an base array or block");
     }
+}
+
+} // namespace
+
+Result<void> CheckBufferElement(DataType elementType) {
+    if (elementType && !elementType->isTrivial)
+        return IllegalArgumentError(Format("a buffer cannot hold elements of type @", elementType));
+    return OK;
+}
+
+Result<BufferSource> ReadBufferSource(const Data& data) {
+    NORVI_TRY_VALUE(source, ReadAnySource(data));
+    NORVI_TRY(CheckBufferElement(source.elementType));
+    return source;
 }
 
 } // namespace norvi

@@ -16,6 +16,9 @@ struct BufferSource {
     Int GetByteCount() const { return elementType ? count * elementType->size : 0; }
 };
 
+/// The elements of a buffer are copied by their bytes: a type that this does not suit is an illegal argument.
+Result<void> CheckBufferElement(DataType elementType);
+
 /// Reads a BaseArray, a Block (whose stride is not used), an Array or a reference to one. Anything else is an
 /// illegal argument.
 Result<BufferSource> ReadBufferSource(const Data& data);

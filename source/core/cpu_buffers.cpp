@@ -1,4 +1,5 @@
 // Global buffers and their links to kernels.
+#include <algorithm>
 #include <cstring>
 
 #include "core/buffer_source.h"
@@ -55,6 +56,7 @@ Result<void> ParallelProgramCPUImpl::CreateUniformBuffer(const InternedId& attr,
                 return OK;
             return ResizeUniformBuffer(attr, count, false);
         }
+        NORVI_TRY(CheckBufferElement(dataType));
         NORVI_TRY_VALUE(array, ArrayRef::NewBaseArray(dataType));
         NORVI_TRY_VALUE(writable, array.MakeWritable());
         NORVI_TRY(writable->Resize(count));
@@ -97,12 +99,19 @@ Result<void> ParallelProgramCPUImpl::StoreUniformBufferData(const InternedId& at
         UntypedArray elements = std::move(data);
         if (elements.GetCount() < 1)
             return IllegalArgumentError(EmptyBufferMessage);
+        if (auto suits = CheckBufferElement(dataType); !suits) {
+            const Bool isTheirType = elements.GetElementSize() == dataType->size;
+            for (Int index = 0; isTheirType && index < elements.GetCount(); ++index)
+                dataType->operations.destruct(static_cast<std::byte*>(elements.GetFirst()) +
+                                              index * dataType->size);
+            return suits;
+        }
         if (!HasBuffer(attr))
             return AppendBuffer(attr, ArrayRef::NewBaseArray(dataType, std::move(elements)));
         NORVI_TRY_VALUE(array, FindBuffer(attr, "Buffer doesn't exist."));
         if (elements.GetCount() > (*array)->GetCount())
             NORVI_TRY(ResizeUniformBuffer(attr, elements.GetCount(), false));
-        if ((*array)->GetType() != dataType)
+        if ((*array)->GetType() != dataType || elements.GetElementSize() != dataType->size)
             return IllegalArgumentError("Wrong DataType passed!");
         NORVI_TRY_VALUE(writable, array->MakeWritable());
         CopyBytes(elements.GetFirst(), writable->GetElement(0), elements.GetCount() * dataType->size);
@@ -175,12 +184,13 @@ Result<void> ParallelProgramCPUImpl::CopyBetween(const ArrayRef& source, ArrayRe
 
 /// The array of an existing buffer, writable and with at least `count` elements.
 Result<Array*> ParallelProgramCPUImpl::MakeRoom(ArrayRef& array, Int count, DataType elementType) {
+    // The types are not compared, but elements larger than the buffer's own must not run past its end.
+    const Int newCount = std::max(array->GetCount(), count);
+    if (elementType && !Fits(0, count * elementType->size, newCount * array->GetType()->size))
+        return IllegalArgumentError("Data update does not fit into existing buffer");
     NORVI_TRY_VALUE(writable, array.MakeWritable());
     if (writable->GetCount() < count)
         NORVI_TRY(writable->Resize(count));
-    // The types are not compared, but elements larger than the buffer's own must not run past its end.
-    if (elementType && !Fits(0, count * elementType->size, writable->GetByteCount()))
-        return IllegalArgumentError("Data update does not fit into existing buffer");
     return writable;
 }
 
@@ -249,7 +259,7 @@ Result<void> ParallelProgramCPUImpl::CheckLink(const Data& data) {
     NORVI_TRY_VALUE(array, data.GetAs<ArrayRef*>());
     if (!array)
         return IllegalStateError("The buffer link is null.");
-    return OK;
+    return CheckBufferElement(*array ? (*array)->GetType() : DataType());
 }
 
 Result<void> ParallelProgramCPUImpl::SetBufferToActiveKernelSameId(const InternedId& attr) noexcept {

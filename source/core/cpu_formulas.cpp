@@ -31,9 +31,8 @@ Result<void> ParseFormula(FormulaData& data, const String& text) {
 /// Initialises `data` once and makes the kernel point to it.
 Result<void> BindFormula(KernelInterface& kernel, const InternedId& name, FormulaData& data,
                          const String& text) {
-    Bool didRun = false;
     const auto parse = [&] { return CatchOutOfMemory([&] { return ParseFormula(data, text); }); };
-    NORVI_TRY(data.initState.Run(parse, &CpuYield, didRun));
+    NORVI_TRY(data.initState.Run(parse, CpuYield()));
     return SetTypedParameter(kernel, name, DataType::Of<FormulaData*>(), &data);
 }
 

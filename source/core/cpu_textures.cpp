@@ -39,8 +39,10 @@ Result<void> ParallelProgramCPUImpl::UpdateTextureBindData(const InternedId&,
 }
 
 Result<void> ParallelProgramCPUImpl::SetKernelTextureLink(const InternedId&, const Data&) noexcept {
-    NORVI_TRY(CheckActiveKernel());
-    return NotImplemented("SetKernelTextureLink");
+    return CatchOutOfMemory([&]() -> Result<void> {
+        NORVI_TRY(CheckActiveKernel());
+        return NotImplemented("SetKernelTextureLink");
+    });
 }
 
 Result<Data> ParallelProgramCPUImpl::GetTextureData(const InternedId&, const Vec3<Int>&,
@@ -66,14 +68,21 @@ Bool ParallelProgramCPUImpl::HasTexture(const InternedId&) noexcept {
 }
 
 void ParallelProgramCPUImpl::SetRenderSpace(const ColorProfile& renderingSpace) noexcept {
-    renderSpace_ = renderingSpace;
+    // Without memory for its name the space stays as it was: the operation has no result to say so with.
+    const auto replaced = CatchOutOfMemory([&]() -> Result<void> {
+        renderSpace_ = renderingSpace;
+        return OK;
+    });
+    static_cast<void>(replaced);
 }
 
 Result<void> ParallelProgramCPUImpl::UpdateColorConversionActiveKernel(const ColorProfile&,
                                                                        const ColorProfile&, const String&,
                                                                        const String&) noexcept {
-    NORVI_TRY(CheckActiveKernel());
-    return NotImplemented("UpdateColorConversionActiveKernel");
+    return CatchOutOfMemory([&]() -> Result<void> {
+        NORVI_TRY(CheckActiveKernel());
+        return NotImplemented("UpdateColorConversionActiveKernel");
+    });
 }
 
 Result<void> ParallelProgramCPUImpl::SetTextureOutOfCoreDeleteOrder(const BaseArray<InternedId>&) noexcept {

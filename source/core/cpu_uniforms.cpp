@@ -10,7 +10,6 @@ namespace norvi {
 
 namespace {
 
-constexpr Int NoiseParameterCount = 128;
 constexpr Int32 NoisePermutationTablePower = 10;
 
 Failure TypeMismatch(const InternedId& name, const char* what, DataType given, DataType needed,
@@ -52,7 +51,9 @@ Result<void> SetBuffer(KernelInterface& kernel, const InternedId& name, DataType
     if (!parameter)
         return OK;
     const DataType member = parameter->type;
-    if (member->kind != DataTypeKind::Block || member.GetElementType()->size != elementType->size)
+    // A view of objects, such as the noise generators, is no place for a buffer's bytes.
+    if (member->kind != DataTypeKind::Block || !member.GetElementType()->isTrivial ||
+        member.GetElementType()->size != elementType->size)
         return TypeMismatch(name, "buffer with elements", elementType, member);
     return kernel.Set(name.ToString(), &block);
 }
@@ -179,9 +180,9 @@ Result<void> ParallelProgramCPUImpl::UpdateNoise() {
     KernelData& data = *activeKernel_;
     // The kernel object points to the former ones until it gets these.
     BaseArray<NoiseRef> noises;
-    const auto known = std::min<Int>(NoiseParameterCount, static_cast<Int>(noiseModeIds_.size()));
-    for (Int index = 0; index < known; ++index) {
-        const auto n = static_cast<std::size_t>(index);
+    // A second Init appends the ids again; only the first of each are used.
+    const auto known = std::min<std::size_t>(NoiseParameterCount, noiseModeIds_.size());
+    for (std::size_t n = 0; n < known; ++n) {
         // A missing mode ends the list; a mode without a seed is a fault of the caller.
         if (!data.uniforms.Contains(noiseModeIds_[n]))
             break;

@@ -51,13 +51,13 @@ constexpr Int MaxJobs = 128;
 /// taken.
 UInt32 ParallelForJob::EmptyPartition(ParallelForJob& partition, UInt32 chunk) {
     UInt64 processed = 0;
-    while (partition.next.load(std::memory_order_relaxed) < partition.end) {
+    while (!context->cancelled.load(std::memory_order_relaxed) &&
+           partition.next.load(std::memory_order_relaxed) < partition.end) {
         const UInt64 take = partition.next.fetch_add(chunk, std::memory_order_relaxed);
         const UInt64 limit = std::min<UInt64>(take + chunk, partition.end);
         if (take < partition.start || limit <= take)
             break;
-        if (!context->cancelled.load(std::memory_order_relaxed))
-            RunChunk(take, limit);
+        RunChunk(take, limit);
         processed += limit - take;
     }
     return static_cast<UInt32>(processed);

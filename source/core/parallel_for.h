@@ -30,7 +30,8 @@ LoopBody MakeLoopBody(const Callable& callable) {
 }
 
 /// Runs iterations `from` to `to` - 1 on the default queue and returns when all are done, or when one failed
-/// and no other is running any more; of several failures one is returned. Allocates nothing.
+/// and no other is running any more; of several failures one is returned. Allocates nothing; the job
+/// library keeps a pool for its tasks.
 ///
 /// The loop begins on the caller's thread. Only when what is left would take longer than waking others is
 /// worth (a few microseconds) does it go to the workers, in chunks of at least `granularity` iterations: each

@@ -10,8 +10,6 @@ namespace norvi {
 
 namespace {
 
-constexpr Int NoiseParameterCount = 128;
-
 Result<void> AppendInterned(BaseArray<InternedId>& ids, const char* pattern, Int index) {
     NORVI_TRY_VALUE(id, InternedId::Create(Format(pattern, index)));
     ids.push_back(id);

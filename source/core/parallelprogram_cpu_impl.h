@@ -11,6 +11,9 @@
 
 namespace norvi {
 
+/// How many noise generators a kernel may have.
+inline constexpr Int NoiseParameterCount = 128;
+
 /// A buffer parameter as it was last written into the kernel object.
 struct BoundBuffer {
     InternedId name;

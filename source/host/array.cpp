@@ -63,6 +63,7 @@ Result<UntypedArray> UntypedArray::New(Int elementSize, Int count) noexcept {
             return OutOfMemoryError();
     }
     array.count_ = count;
+    array.elementSize_ = elementSize;
     return array;
 }
 
@@ -130,13 +131,18 @@ Result<ArrayRef> ArrayRef::NewBaseArray(DataType elementType, const void* elemen
 
 Result<ArrayRef> ArrayRef::NewBaseArray(DataType elementType, UntypedArray&& elements) noexcept {
     NORVI_TRY_VALUE(reference, NewBaseArray(elementType));
+    if (elements.GetElementSize() != elementType->size)
+        return IllegalArgumentError("The elements are not of the type's size.");
     reference.array_->count_ = elements.GetCount();
     reference.array_->data_ = std::move(elements);
     return std::move(reference);
 }
 
 Result<Array*> ArrayRef::MakeWritable() noexcept {
-    if (IsShared()) {
+    if (!IsShared()) {
+        // Others may have read the array on other threads before they let go of it.
+        std::atomic_thread_fence(std::memory_order_acquire);
+    } else {
         NORVI_TRY_VALUE(copy, NewBaseArray(array_->GetType(), array_->GetElement(0), array_->GetCount()));
         *this = std::move(copy);
     }

@@ -56,6 +56,8 @@ std::optional<Bool> ValueFromEnvironment(const String& name) {
 
 Result<void> ConfigurationRegister(const String& name, const String& help, Bool* address) noexcept {
     return CatchOutOfMemory([&]() -> Result<void> {
+        // Read first: it may log, and a sink may look at the configuration.
+        const auto fromEnvironment = ValueFromEnvironment(name);
         Configuration& configuration = TheConfiguration();
         std::lock_guard lock(configuration.mutex);
         if (!configuration.variables.try_emplace(name, ConfigurationVariable{name, help, *address, address})
@@ -63,8 +65,8 @@ Result<void> ConfigurationRegister(const String& name, const String& help, Bool*
             return IllegalArgumentError(Format("the configuration variable '@' is published already", name));
         if (const auto found = configuration.chosen.find(name); found != configuration.chosen.end())
             *address = found->second;
-        else if (const auto value = ValueFromEnvironment(name))
-            *address = *value;
+        else if (fromEnvironment)
+            *address = *fromEnvironment;
         return OK;
     });
 }

@@ -10,7 +10,11 @@ const String& DataType::ToString() const {
 bool DataType::operator==(const DataType& other) const {
     if (description_ == other.description_)
         return true;
-    return description_ && other.description_ && description_->name == other.description_->name;
+    // Types in unnamed namespaces of different modules may share a name.
+    return description_ && other.description_ && description_->name == other.description_->name &&
+           description_->size == other.description_->size &&
+           description_->alignment == other.description_->alignment &&
+           description_->kind == other.description_->kind;
 }
 
 } // namespace norvi

@@ -40,9 +40,10 @@ String DynamicLoaderMessage() {
 /// The directory of the library that holds this function.
 String HostDirectory() {
     Dl_info info{};
+    std::error_code error;
     if (!dladdr(reinterpret_cast<const void*>(&HostDirectory), &info) || !info.dli_fname)
-        return {};
-    return std::filesystem::path(info.dli_fname).parent_path().string();
+        return ".";
+    return std::filesystem::absolute(info.dli_fname, error).parent_path().string();
 }
 
 BaseArray<String> Split(std::string_view text, char separator) {
@@ -231,6 +232,7 @@ Failure Detached(const Error& error) {
 }
 
 Result<void> ModuleLoader::Start(Library library) {
+    libraries_.reserve(libraries_.size() + 1);
     library.record->SetInitializer(&ResolveDeclared);
     for (Declaration* d = library.record->GetFirst(); d; d = d->GetNext()) {
         if (auto started = d->Start(); !started) {

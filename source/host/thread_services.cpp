@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <utility>
 
 #include <tbb/global_control.h>
 #include <tbb/info.h>
@@ -155,10 +156,10 @@ void ThreadServices::GroupMarkAsFinished(JobGroup& group) noexcept {
 }
 
 void ThreadServices::RunAlone(JobGroup& group) noexcept {
-    t_isAlone = true;
+    const bool wasAlone = std::exchange(t_isAlone, true);
     for (Int index = 0; index < group.jobCount_; ++index)
         group.function_(static_cast<std::byte*>(group.buffer_) + (group.firstJob_ + index) * group.jobSize_);
-    t_isAlone = false;
+    t_isAlone = wasAlone;
 }
 
 Int ThreadServices::GetCurrentWorkerThreadIndex() noexcept {

@@ -102,6 +102,7 @@ TEST(Layers, EachLibraryIsSeenByOnePlace) {
                 EXPECT_TRUE(include.from.starts_with(library.user))
                     << include.from << " includes " << include.target << ", which belongs to "
                     << library.user;
+            }
 }
 
 } // namespace

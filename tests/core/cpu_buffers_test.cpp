@@ -235,6 +235,14 @@ TEST_F(BufferTest, UntypedStoreTakesTheMemory) {
     EXPECT_EQ(Read<UInt32>("new"), (U32{4, 2, 3}));
     ASSERT_OK(program->StoreUniformBufferData("new", u32, Untyped({5, 6, 7, 8})));
     EXPECT_EQ(Read<UInt32>("new"), (U32{5, 6, 7, 8}));
+    // Neither a type nor the size of its elements is taken on trust.
+    const DataType wide = DataType::Of<Float64>();
+    EXPECT_TRUE(FailsWith(program->StoreUniformBufferData("wide", wide, Untyped({1, 2})),
+                          errorkind::IllegalArgument, "The elements are not of the type's size."));
+    EXPECT_FALSE(program->HasBuffer("wide"));
+    ASSERT_OK(program->CreateUniformBuffer("wide", wide, 2));
+    EXPECT_TRUE(FailsWith(program->StoreUniformBufferData("wide", wide, Untyped({1, 2})),
+                          errorkind::IllegalArgument, "Wrong DataType passed!"));
     // The type is compared after the buffer has grown.
     array = Untyped({0, 0, 0, 0, 0});
     EXPECT_TRUE(FailsWith(program->StoreUniformBufferData("new", DataType::Of<Float32>(), std::move(array)),
@@ -243,6 +251,36 @@ TEST_F(BufferTest, UntypedStoreTakesTheMemory) {
     const U32 grown = Read<UInt32>("new");
     ASSERT_EQ(grown.size(), 5u);
     EXPECT_EQ(U32(grown.begin(), grown.begin() + 4), (U32{5, 6, 7, 8}));
+}
+
+TEST_F(BufferTest, ElementsThatAreMoreThanTheirBytesAreRefused) {
+    const DataType text = DataType::Of<String>();
+    const BaseArray<String> texts{"longer than what a string holds without memory of its own"};
+    ArrayRef array = *ArrayRef::NewBaseArray(text, texts.data(), 1);
+    const auto untyped = [&] {
+        UntypedArray elements = *UntypedArray::New(sizeof(String), 1);
+        new (elements.GetFirst()) String(texts[0]);
+        return elements;
+    };
+    const char* const message = "a buffer cannot hold elements of type String";
+    const std::pair<const char*, std::function<Result<void>(const char*)>> calls[] = {
+        {"create", [&](const char* id) { return program->CreateUniformBuffer(id, text, 1); }},
+        {"store", [&](const char* id) { return program->StoreUniformBufferData(id, texts); }},
+        {"store reference", [&](const char* id) { return program->StoreUniformBufferData(id, array); }},
+        {"store untyped",
+         [&](const char* id) { return program->StoreUniformBufferData(id, text, untyped()); }},
+        {"update", [&](const char* id) { return program->UpdateUniformBufferData(id, 0, texts); }},
+        {"link", [&](const char* id) { return program->SetGlobalBufferLink(id, &array); }}};
+    for (const auto& [name, call] : calls)
+        for (const char* id : {"a", "new"}) {
+            const bool hasOwnMessage = String(name) == "create" && String(id) == "a";
+            EXPECT_TRUE(FailsWith(call(id), errorkind::IllegalArgument,
+                                  hasOwnMessage ? "Wrong DataType passed!" : message))
+                << name;
+        }
+    EXPECT_FALSE(program->HasBuffer("new"));
+    EXPECT_TRUE(FailsWith(program->StoreUniformBufferData("new", BaseArray<Bool>{true, false}),
+                          errorkind::IllegalArgument, "data is not an base array or block"));
 }
 
 TEST_F(BufferTest, CopiesElementsAndBytes) {

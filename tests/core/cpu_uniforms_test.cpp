@@ -136,13 +136,17 @@ TEST_F(UniformTest, BuffersOfOtherElementsAreRefused) {
         "buffer with elements '@' is of type @, but the kernel's parameter is of type @";
     Store<Vector32>("vectors", {{}});
     Store<Float32>("floats", {1});
+    Store<Vector4d32>("wide", {{}});
     const struct {
         const char* buffer;
         const char* parameter;
         String message;
-    } rows[] = {{"vectors", "data", Format(message, "data", "Vector32", "Block<uint32>")},
-                {"floats", "f", Format(message, "f", "float32", "float32")},
-                {"floats", "counter", Format(message, "counter", "float32", "AtomicUInt32*")}};
+    } rows[] = {
+        {"vectors", "data", Format(message, "data", "Vector32", "Block<uint32>")},
+        {"floats", "f", Format(message, "f", "float32", "float32")},
+        {"floats", "counter", Format(message, "counter", "float32", "AtomicUInt32*")},
+        // A noise reference has the size of such a vector.
+        {"wide", "noiseData", Format(message, "noiseData", "Vector4d32", DataType::Of<Block<NoiseRef>>())}};
     for (const auto& row : rows) {
         ASSERT_OK(program->SetBufferToActiveKernel(row.buffer, row.parameter));
         EXPECT_TRUE(FailsWith(program->UpdateUniforms(), errorkind::IllegalState, row.message));

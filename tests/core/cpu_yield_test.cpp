@@ -5,18 +5,20 @@
 namespace norvi {
 namespace {
 
-TEST(CpuYield, CallsTheSlotWithTheWaitersState) {
+TEST(CpuYield, CallsTheSlotWithTheStateOfTheWait) {
     static BaseArray<Int32> states;
-    CpuYield(); // an empty slot yields the processor
+    CpuYield wait, otherWait;
+    wait(); // an empty slot yields the processor
     g_CpuYieldDelegate.function = [](Int32 spinLimit, Int32& state) {
         EXPECT_EQ(spinLimit, 0x7FFFFFFF);
         states.push_back(state);
         state += 5;
     };
-    CpuYield();
-    CpuYield();
+    wait();
+    otherWait();
+    wait();
     g_CpuYieldDelegate.function = nullptr;
-    EXPECT_EQ(states, (BaseArray<Int32>{0, 5}));
+    EXPECT_EQ(states, (BaseArray<Int32>{0, 0, 5}));
 }
 
 } // namespace

@@ -12,9 +12,10 @@ namespace {
 
 namespace fs = std::filesystem;
 
-class DemoTest : public ModulesTest {
+class DemoTest : public testing::Test {
   protected:
     DemoTest() {
+        LoadedContext();
         options_.settings.width = 64;
         options_.settings.height = 48;
         options_.steps = 30;
@@ -147,10 +148,13 @@ TEST_F(DemoTest, AFeedRateOutsideItsRangeIsAnError) {
     EXPECT_NE(FailureOf(options_), "");
 }
 
-TEST_F(DemoTest, AFolderThatCannotBeMadeOrWrittenToIsAnError) {
+TEST_F(DemoTest, AFolderThatCannotBeMadeIsAnError) {
     options_.outputFolder = folder_.Write("file", "in the way");
     EXPECT_EQ(FailureOf(options_),
               "cannot make the output folder \"" + options_.outputFolder + "\": Not a directory");
+}
+
+TEST_F(DemoTest, AFolderThatCannotBeWrittenToIsAnError) {
     if (geteuid() == 0)
         GTEST_SKIP() << "the superuser may write to every folder";
     options_.outputFolder = folder_.File("locked");

@@ -8,22 +8,20 @@ namespace norvi {
 
 namespace {
 
-class InfoCommandTest : public ModulesTest {};
-
 String Info(const String& what, const String& name = {}) {
-    const auto text = InfoText({what, name, false}, ModulesTest::Context().modules);
+    const auto text = InfoText({what, name, false}, LoadedContext().modules);
     return text ? *text : "error: " + MessageOf(text);
 }
 
 nlohmann::json InfoJson(const String& what, const String& name = {}) {
-    const auto text = InfoText({what, name, true}, ModulesTest::Context().modules);
+    const auto text = InfoText({what, name, true}, LoadedContext().modules);
     EXPECT_TRUE(text) << MessageOf(text);
     return nlohmann::json::parse(text ? *text : "null");
 }
 
 } // namespace
 
-TEST_F(InfoCommandTest, OneKernelIsDescribedInTheOrderOfItsSource) {
+TEST(InfoCommand, OneKernelIsDescribedInTheOrderOfItsSource) {
     EXPECT_EQ(Info("kernel", "saxpy"),
               "  saxpy.kernel  (module kernels.norvi-kernels, work group 256x1x1, granularity "
               "1024, single-threaded up to 0)\n"
@@ -32,7 +30,7 @@ TEST_F(InfoCommandTest, OneKernelIsDescribedInTheOrderOfItsSource) {
               "    a                uniform float32\n");
 }
 
-TEST_F(InfoCommandTest, JsonHoldsEverySection) {
+TEST(InfoCommand, JsonHoldsEverySection) {
     const auto all = InfoJson("");
     for (const char* section : {"machine", "modules", "kernels", "configuration", "classes", "interfaces"}) {
         ASSERT_TRUE(all.contains(section)) << section;
@@ -42,7 +40,7 @@ TEST_F(InfoCommandTest, JsonHoldsEverySection) {
     EXPECT_GE(all["machine"]["workers"], 1);
 }
 
-TEST_F(InfoCommandTest, JsonTellsOperationsAndParameters) {
+TEST(InfoCommand, JsonTellsOperationsAndParameters) {
     const auto kernel = InfoJson("interface", "net.norvi.interface.kernelinterface");
     ASSERT_EQ(kernel["operations"].size(), 7u);
     EXPECT_EQ(kernel["operations"][1]["name"], "Set");
@@ -52,7 +50,7 @@ TEST_F(InfoCommandTest, JsonTellsOperationsAndParameters) {
     EXPECT_EQ(histogram["parameters"][2]["role"], "counter");
 }
 
-TEST_F(InfoCommandTest, UnknownNamesAreErrorsWithSuggestions) {
+TEST(InfoCommand, UnknownNamesAreErrorsWithSuggestions) {
     EXPECT_EQ(Info("kernles"), "error: there is nothing called 'kernles'; did you mean 'kernels'?");
     EXPECT_EQ(Info("kernel"), "error: the name of the kernel is missing");
     EXPECT_EQ(Info("kernel", "saxpi"), "error: there is no kernel 'saxpi'; did you mean 'saxpy'?");

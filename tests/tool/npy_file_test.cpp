@@ -76,7 +76,7 @@ TEST(NpyFile, MalformedFilesGiveErrorsThatTellTheReason) {
         {"\x93NUMPY\x01", "it ends inside its header"},
         {NpyBytes(1, good, "").substr(0, 30), "it ends inside its header"},
         {NpyBytes(2, good, "").substr(0, 11), "it ends inside its header"},
-        {NpyBytes(3, good, TwoFloats), "version 3 of the format is not supported"},
+        {NpyBytes(3, good, TwoFloats), "version 3.0 of the format is not supported"},
         {NpyBytes(1, "", ""), "the header is no dictionary: '{' is missing"},
         {NpyBytes(1, "{", ""), "the header is no dictionary: a text in quotes is missing"},
         {NpyBytes(1, "{'descr", ""), "the header is no dictionary: a text in quotes is missing"},
@@ -120,11 +120,10 @@ TEST(NpyFile, CutAnywhereOrWithAnyByteChangedItIsReadOrRefused) {
             bytes[i] = static_cast<char>(bytes[i] ^ change);
             const auto array = ParseNpy(bytes);
             accepted += array.IsOk();
-            if (array)
-                EXPECT_EQ(array->bytes.size(), 8u);
+            EXPECT_TRUE(!array || array->bytes.size() == 8u);
         }
     // Blanks may be other blanks, the type may be another of four bytes; hardly anything else.
-    EXPECT_LT(accepted, 300);
+    EXPECT_LT(accepted, 100);
 }
 
 TEST(NpyFile, ErrorsNameTheFileAndWritersLeaveWhatWasThere) {

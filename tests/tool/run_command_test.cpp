@@ -10,10 +10,8 @@ namespace norvi {
 
 namespace {
 
-class RunCommandTest : public ModulesTest {};
-
 String RunMessage(const RunOptions& options) {
-    return MessageOf(RunKernel(options, ModulesTest::Context()));
+    return MessageOf(RunKernel(options, LoadedContext()));
 }
 
 BaseArray<Float64> ReadNumbers(const String& path) {
@@ -40,7 +38,7 @@ RunOptions Saxpy(const ScratchFolder& folder) {
 
 } // namespace
 
-TEST_F(RunCommandTest, DoublerWritesMultiplesOfItsIndex) {
+TEST(RunCommand, DoublerWritesMultiplesOfItsIndex) {
     const ScratchFolder folder;
     RunOptions options;
     options.kernel = "doubler";
@@ -55,7 +53,7 @@ TEST_F(RunCommandTest, DoublerWritesMultiplesOfItsIndex) {
         EXPECT_EQ(numbers[i], 3.0 * static_cast<Float64>(i));
 }
 
-TEST_F(RunCommandTest, StepsWorkOnWhatTheLastOneLeft) {
+TEST(RunCommand, StepsWorkOnWhatTheLastOneLeft) {
     const ScratchFolder folder;
     RunOptions options = Saxpy(folder);
     options.steps = 4;
@@ -63,7 +61,7 @@ TEST_F(RunCommandTest, StepsWorkOnWhatTheLastOneLeft) {
     EXPECT_EQ(ReadNumbers(folder.File("y.npy")), (BaseArray<Float64>{10, 12, 14, 16, 18}));
 }
 
-TEST_F(RunCommandTest, BuffersOfOtherNamesAreBound) {
+TEST(RunCommand, BuffersOfOtherNamesAreBound) {
     const ScratchFolder folder;
     RunOptions options = Saxpy(folder);
     options.buffers = {"both=float32:5"};
@@ -74,7 +72,7 @@ TEST_F(RunCommandTest, BuffersOfOtherNamesAreBound) {
     EXPECT_EQ(ReadNumbers(folder.File("y.npy")), (BaseArray<Float64>{0, 1.5, 3, 4.5, 6}));
 }
 
-TEST_F(RunCommandTest, SwappedBuffersChangePlacesBetweenSteps) {
+TEST(RunCommand, SwappedBuffersChangePlacesBetweenSteps) {
     const ScratchFolder folder;
     RunOptions options = Saxpy(folder);
     options.uniforms = {"a=1"};
@@ -92,7 +90,7 @@ TEST_F(RunCommandTest, SwappedBuffersChangePlacesBetweenSteps) {
                   BaseArray<Float64>(5, expected[step - 1]));
 }
 
-TEST_F(RunCommandTest, HistogramCountsWhatItReadsFromAFile) {
+TEST(RunCommand, HistogramCountsWhatItReadsFromAFile) {
     const ScratchFolder folder;
     // As other programs write by default: 64-bit floats.
     const Float64 values[] = {0.1, 0.2, 0.3, 0.6, 0.7, 0.9, -1, 2, std::nan("")};
@@ -114,7 +112,7 @@ TEST_F(RunCommandTest, HistogramCountsWhatItReadsFromAFile) {
     EXPECT_EQ(printed, "outside      103\n");
 }
 
-TEST_F(RunCommandTest, FormulasAreApplied) {
+TEST(RunCommand, FormulasAreApplied) {
     const ScratchFolder folder;
     RunOptions options;
     options.kernel = "apply_formula";
@@ -130,7 +128,7 @@ TEST_F(RunCommandTest, FormulasAreApplied) {
     EXPECT_NE(RunMessage(options), "");
 }
 
-TEST_F(RunCommandTest, NoiseFieldDependsOnModeAndSeed) {
+TEST(RunCommand, NoiseFieldDependsOnModeAndSeed) {
     const ScratchFolder folder;
     RunOptions options;
     options.kernel = "noise_field";
@@ -150,7 +148,7 @@ TEST_F(RunCommandTest, NoiseFieldDependsOnModeAndSeed) {
     EXPECT_EQ(ReadNpy(folder.File("n.npy"))->shape, (BaseArray<Int>{16, 16}));
 }
 
-TEST_F(RunCommandTest, FillTakesVectorsAndHalfs) {
+TEST(RunCommand, FillTakesVectorsAndHalfs) {
     const ScratchFolder folder;
     RunOptions options;
     options.kernel = "fill_vec3_T_";
@@ -168,7 +166,7 @@ TEST_F(RunCommandTest, FillTakesVectorsAndHalfs) {
     EXPECT_EQ(ReadNumbers(folder.File("d.npy")), (BaseArray<Float64>{0.5, 0.5}));
 }
 
-TEST_F(RunCommandTest, StructsTakeTheirTypeFromTheKernelAndTheirBytesFromFiles) {
+TEST(RunCommand, StructsTakeTheirTypeFromTheKernelAndTheirBytesFromFiles) {
     const ScratchFolder folder;
     // Two bodies of position and mass, a unit apart.
     const Float32 bodies[] = {0, 0, 0, 1, 1, 0, 0, 1};
@@ -186,7 +184,7 @@ TEST_F(RunCommandTest, StructsTakeTheirTypeFromTheKernelAndTheirBytesFromFiles) 
     EXPECT_EQ(ReadNpy(folder.File("n.npy"))->shape, (BaseArray<Int>{2, 16}));
 }
 
-TEST_F(RunCommandTest, PicturesAreReadAndWritten) {
+TEST(RunCommand, PicturesAreReadAndWritten) {
     const ScratchFolder folder;
     RunOptions options = Saxpy(folder);
     options.grid = "6";
@@ -211,7 +209,7 @@ TEST_F(RunCommandTest, PicturesAreReadAndWritten) {
         EXPECT_NEAR(numbers[i], 2 * static_cast<Float64>(i) / 5, 1e-6);
 }
 
-TEST_F(RunCommandTest, RandomValuesAreTheSameForASeedAndInTheirRange) {
+TEST(RunCommand, RandomValuesAreTheSameForASeedAndInTheirRange) {
     const ScratchFolder folder;
     RunOptions options = Saxpy(folder);
     options.grid = "1000";
@@ -235,7 +233,7 @@ TEST_F(RunCommandTest, RandomValuesAreTheSameForASeedAndInTheirRange) {
     EXPECT_NE(ReadNumbers(folder.File("y.npy")), first);
 }
 
-TEST_F(RunCommandTest, AGridBeyondTheBuffersIsAnError) {
+TEST(RunCommand, AGridBeyondTheBuffersIsAnError) {
 #ifndef NDEBUG
     GTEST_SKIP() << "kernels check indices themselves in this build";
 #endif
@@ -248,7 +246,7 @@ TEST_F(RunCommandTest, AGridBeyondTheBuffersIsAnError) {
     EXPECT_EQ(folder.CountFiles(), 0);
 }
 
-TEST_F(RunCommandTest, FaultsInFilesAreFoundBeforeTheRun) {
+TEST(RunCommand, FaultsInFilesAreFoundBeforeTheRun) {
     const ScratchFolder folder;
     const String notArray = folder.Write("text.npy", "no array");
     const String file = folder.File("v.npy");
@@ -287,7 +285,7 @@ TEST_F(RunCommandTest, FaultsInFilesAreFoundBeforeTheRun) {
     EXPECT_EQ(folder.CountFiles(), 2);
 }
 
-TEST_F(RunCommandTest, MoreMemoryThanThereIsIsRefused) {
+TEST(RunCommand, MoreMemoryThanThereIsIsRefused) {
     const ScratchFolder folder;
     RunOptions options = Saxpy(folder);
     options.buffers[0] = "x=float32:1000000000000";

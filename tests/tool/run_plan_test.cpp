@@ -6,8 +6,6 @@ namespace norvi {
 
 namespace {
 
-class RunPlanTest : public ModulesTest {};
-
 RunOptions Saxpy() {
     RunOptions options;
     options.kernel = "saxpy";
@@ -27,6 +25,7 @@ RunOptions Heat() {
 }
 
 String PlanMessage(const RunOptions& options) {
+    LoadedContext();
     return MessageOf(MakeRunPlan(options));
 }
 
@@ -40,7 +39,7 @@ String SaxpyMessage(Change&& change) {
 
 } // namespace
 
-TEST_F(RunPlanTest, KernelsAreFoundWithAndWithoutSuffix) {
+TEST(RunPlan, KernelsAreFoundWithAndWithoutSuffix) {
     EXPECT_EQ(PlanMessage(Saxpy()), "");
     EXPECT_EQ(SaxpyMessage([](RunOptions& o) { o.kernel = "saxpy.kernel"; }), "");
     EXPECT_EQ(SaxpyMessage([](RunOptions& o) { o.kernel = "saxpi"; }),
@@ -50,7 +49,7 @@ TEST_F(RunPlanTest, KernelsAreFoundWithAndWithoutSuffix) {
     EXPECT_FALSE(SaxpyMessage([](RunOptions& o) { o.kernel = ""; }).empty());
 }
 
-TEST_F(RunPlanTest, ArgumentsThatDoNotSuitTheKernelGiveErrors) {
+TEST(RunPlan, ArgumentsThatDoNotSuitTheKernelGiveErrors) {
     const struct {
         BaseArray<String> RunOptions::*list;
         const char* text;
@@ -83,7 +82,7 @@ TEST_F(RunPlanTest, ArgumentsThatDoNotSuitTheKernelGiveErrors) {
         EXPECT_EQ(SaxpyMessage([&](RunOptions& o) { (o.*list).push_back(text); }), message);
 }
 
-TEST_F(RunPlanTest, NamesAreSuggested) {
+TEST(RunPlan, NamesAreSuggested) {
     RunOptions options = Heat();
     options.uniforms[0] = "widht=10";
     EXPECT_EQ(PlanMessage(options),
@@ -91,7 +90,7 @@ TEST_F(RunPlanTest, NamesAreSuggested) {
               "mean 'width'?");
 }
 
-TEST_F(RunPlanTest, BuffersMustBeGivenWithTheTypeOfTheParameter) {
+TEST(RunPlan, BuffersMustBeGivenWithTheTypeOfTheParameter) {
     EXPECT_EQ(SaxpyMessage([](RunOptions& o) { o.buffers.pop_back(); }),
               "buffer parameter 'y' of kernel 'saxpy.kernel' was not given; add --buffer y=float32:COUNT");
     // Of the same size, but not the same type.
@@ -108,12 +107,13 @@ TEST_F(RunPlanTest, BuffersMustBeGivenWithTheTypeOfTheParameter) {
         "counter parameter 'counter' of kernel 'count_above.kernel' was not given; add --counter counter");
 }
 
-TEST_F(RunPlanTest, MissingUniformsAndNoiseAreWarnings) {
+TEST(RunPlan, MissingUniformsAndNoiseAreWarnings) {
     RunOptions options;
     options.kernel = "noise_field";
     options.grid = "8x8";
     options.buffers = {"result=float32:64"};
     options.uniforms = {"width=8", "height=8", "scale=1"};
+    LoadedContext();
     const auto plan = MakeRunPlan(options);
     ASSERT_TRUE(plan) << MessageOf(plan);
     EXPECT_EQ(plan->warnings,
@@ -123,9 +123,10 @@ TEST_F(RunPlanTest, MissingUniformsAndNoiseAreWarnings) {
                   "zero; add --noise MODE:SEED"}));
 }
 
-TEST_F(RunPlanTest, GridsAreCountedAsTheyAreRun) {
+TEST(RunPlan, GridsAreCountedAsTheyAreRun) {
     RunOptions options = Heat();
     options.grid = "3x20";
+    LoadedContext();
     const auto plan = MakeRunPlan(options);
     ASSERT_TRUE(plan) << MessageOf(plan);
     EXPECT_EQ(plan->invocations, 8 * 20);
@@ -134,7 +135,7 @@ TEST_F(RunPlanTest, GridsAreCountedAsTheyAreRun) {
                                     "'heat_2d.kernel' it has more than 4294967295 invocations");
 }
 
-TEST_F(RunPlanTest, FormulasNeedGridsOfOneDimension) {
+TEST(RunPlan, FormulasNeedGridsOfOneDimension) {
     RunOptions options;
     options.kernel = "apply_formula";
     options.grid = "10x10";
@@ -145,7 +146,7 @@ TEST_F(RunPlanTest, FormulasNeedGridsOfOneDimension) {
               "are not evaluated");
 }
 
-TEST_F(RunPlanTest, StepsAndOutputEveryHaveRanges) {
+TEST(RunPlan, StepsAndOutputEveryHaveRanges) {
     EXPECT_EQ(SaxpyMessage([](RunOptions& o) { o.steps = 0; }), "--steps '0': expected 1 to 1000000000");
     EXPECT_EQ(SaxpyMessage([](RunOptions& o) { o.outputEvery = 2; }),
               "--output-every '2': expected 1 to the number of steps, 1");

@@ -11,23 +11,28 @@
 
 namespace norvi {
 
-/// Suites whose tests use the modules that ship: loaded for the suite, since two loaders at once would enter
-/// the same classes twice.
-class ModulesTest : public testing::Test {
-  public:
-    static void SetUpTestSuite() {
-        auto modules = ModuleLoader::LoadDefault();
-        ASSERT_TRUE(modules) << modules.GetError().ToString();
-        Context().modules = std::move(*modules);
-        Context().isQuiet = true;
-    }
-    static void TearDownTestSuite() { Context() = {}; }
+inline CommandContext& TestContext() {
+    static CommandContext context;
+    return context;
+}
 
-    static CommandContext& Context() {
-        static CommandContext context;
-        return context;
+/// A context with the modules that ship, loaded when it is first asked for.
+inline CommandContext& LoadedContext() {
+    CommandContext& context = TestContext();
+    if (context.modules.GetModules().empty()) {
+        auto modules = ModuleLoader::LoadDefault();
+        EXPECT_TRUE(modules) << modules.GetError().ToString();
+        if (modules)
+            context.modules = std::move(*modules);
+        context.isQuiet = true;
     }
-};
+    return context;
+}
+
+/// Unloads them, for tests that load modules on their own: two loaders would enter the same classes twice.
+inline void UnloadContext() {
+    TestContext() = {};
+}
 
 /// A folder that is made for a test and removed after it.
 class ScratchFolder {

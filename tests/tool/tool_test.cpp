@@ -12,7 +12,8 @@ struct Outcome {
     String err;
 };
 
-Outcome Run(const BaseArray<const char*>& words) {
+Outcome RunWords(const BaseArray<const char*>& words) {
+    UnloadContext();
     BaseArray<const char*> arguments{"norvi"};
     arguments.insert(arguments.end(), words.begin(), words.end());
     testing::internal::CaptureStdout();
@@ -26,11 +27,11 @@ Outcome Run(const BaseArray<const char*>& words) {
 } // namespace
 
 TEST(Tool, HelpAndVersionSucceed) {
-    EXPECT_EQ(Run({"--version"}).status, 0);
-    EXPECT_TRUE(Run({"--version"}).out.starts_with("norvi "));
+    EXPECT_EQ(RunWords({"--version"}).status, 0);
+    EXPECT_TRUE(RunWords({"--version"}).out.starts_with("norvi "));
     for (const BaseArray<const char*>& words :
          BaseArray<BaseArray<const char*>>{{"--help"}, {"run", "--help"}, {"info", "--help"}}) {
-        const Outcome outcome = Run(words);
+        const Outcome outcome = RunWords(words);
         EXPECT_EQ(outcome.status, 0);
         // The lines below are tried by themselves; they need this form.
         EXPECT_NE(outcome.out.find("\nExamples:\n  norvi "), String::npos) << outcome.out;
@@ -38,39 +39,39 @@ TEST(Tool, HelpAndVersionSucceed) {
 }
 
 TEST(Tool, CommandLinesThatAreNotUnderstoodGiveStatus2) {
-    EXPECT_EQ(Run({}).status, 2);
-    EXPECT_EQ(Run({"run", "saxpy"}).status, 2);
-    EXPECT_EQ(Run({"--workers", "-1", "info"}).status, 2);
-    EXPECT_EQ(Run({"--workers", "many", "info"}).status, 2);
-    const Outcome option = Run({"run", "saxpy", "--grid", "1", "--bufer", "x=float32:1"});
+    EXPECT_EQ(RunWords({}).status, 2);
+    EXPECT_EQ(RunWords({"run", "saxpy"}).status, 2);
+    EXPECT_EQ(RunWords({"--workers", "-1", "info"}).status, 2);
+    EXPECT_EQ(RunWords({"--workers", "many", "info"}).status, 2);
+    const Outcome option = RunWords({"run", "saxpy", "--grid", "1", "--bufer", "x=float32:1"});
     EXPECT_EQ(option.status, 2);
     EXPECT_NE(option.err.find("did you mean '--buffer'?"), String::npos) << option.err;
-    const Outcome command = Run({"inof"});
+    const Outcome command = RunWords({"inof"});
     EXPECT_EQ(command.status, 2);
     EXPECT_NE(command.err.find("did you mean 'info'?"), String::npos) << command.err;
 }
 
 TEST(Tool, FailingCommandsGiveStatus1AndOneLine) {
-    const Outcome outcome = Run({"run", "saxpi", "--grid", "1"});
+    const Outcome outcome = RunWords({"run", "saxpi", "--grid", "1"});
     EXPECT_EQ(outcome.status, 1);
     EXPECT_EQ(outcome.out, "");
     EXPECT_EQ(outcome.err, "norvi: there is no kernel 'saxpi'; did you mean 'saxpy'?\n");
 }
 
 TEST(Tool, CommonOptionsMayFollowTheCommand) {
-    const Outcome outcome = Run({"info", "machine", "--workers", "3"});
+    const Outcome outcome = RunWords({"info", "machine", "--workers", "3"});
     EXPECT_EQ(outcome.status, 0);
     EXPECT_NE(outcome.out.find("workers    3\n"), String::npos) << outcome.out;
 }
 
 TEST(Tool, UnknownConfigurationAndModuleFoldersAreErrors) {
-    EXPECT_EQ(Run({"--config", "x", "info"}).err, "norvi: --config 'x' is not NAME=VALUE\n");
-    EXPECT_EQ(Run({"--config", "g_x=maybe", "info"}).err,
+    EXPECT_EQ(RunWords({"--config", "x", "info"}).err, "norvi: --config 'x' is not NAME=VALUE\n");
+    EXPECT_EQ(RunWords({"--config", "g_x=maybe", "info"}).err,
               "norvi: the value 'maybe' of the configuration variable 'g_x' is not one of 0, 1, false, true, "
               "off, on\n");
-    EXPECT_TRUE(
-        Run({"--config", "g_x=1", "info"}).err.starts_with("norvi: --config: there is no variable 'g_x'"));
-    EXPECT_EQ(Run({"--modules", "/no/such/folder", "info"}).err,
+    EXPECT_TRUE(RunWords({"--config", "g_x=1", "info"})
+                    .err.starts_with("norvi: --config: there is no variable 'g_x'"));
+    EXPECT_EQ(RunWords({"--modules", "/no/such/folder", "info"}).err,
               "norvi: the module directory '/no/such/folder' cannot be read: No such file or directory\n");
 }
 

@@ -179,7 +179,7 @@ Int KernelRun::GetBoundBytes() const {
 
 void KernelRun::PrintSummary() const {
     const auto steps = static_cast<double>(plan_.steps);
-    const auto bytes = static_cast<double>(GetBoundBytes());
+    const Int bytes = GetBoundBytes();
     // Clocks have steps; a run shorter than one took no less than that.
     const double seconds = std::max(seconds_, 1e-9);
     PrintLine("kernel", plan_.kernel.name);
@@ -188,8 +188,8 @@ void KernelRun::PrintSummary() const {
     PrintLine("time", fmt::format("{:.3f} ms", seconds * 1e3));
     PrintLine("rate", fmt::format("{:.4g} million invocations/s",
                                   static_cast<double>(plan_.invocations) * steps / seconds * 1e-6));
-    PrintLine("memory", fmt::format("{:.4g} GB/s, {:.4g} MB of buffers once a step",
-                                    bytes * steps / seconds * 1e-9, bytes * 1e-6));
+    PrintLine("memory", fmt::format("{:.4g} GB/s, {} bytes of buffers once a step",
+                                    static_cast<double>(bytes) * steps / seconds * 1e-9, bytes));
     PrintLine("workers", ToText(JobQueue::GetThreadCount()));
 }
 

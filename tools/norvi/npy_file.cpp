@@ -31,9 +31,11 @@ Result<std::string_view> TakeHeader(std::string_view& bytes) {
     if (bytes.size() < Magic.size() + 2)
         return IllegalArgumentError("it ends inside its header");
     const int version = static_cast<UChar>(bytes[Magic.size()]);
+    const int minorVersion = static_cast<UChar>(bytes[Magic.size() + 1]);
     bytes.remove_prefix(Magic.size() + 2);
-    if (version != 1 && version != 2)
-        return IllegalArgumentError(Format("version @ of the format is not supported", Int{version}));
+    if ((version != 1 && version != 2) || minorVersion != 0)
+        return IllegalArgumentError(
+            Format("version @.@ of the format is not supported", Int{version}, Int{minorVersion}));
     const std::size_t lengthSize = version == 1 ? 2 : 4;
     const std::size_t length = LittleEndian(bytes.substr(0, lengthSize));
     if (bytes.size() < lengthSize || bytes.size() - lengthSize < length)

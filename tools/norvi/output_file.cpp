@@ -1,6 +1,7 @@
 #include "norvi/output_file.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <filesystem>
 #include <functional>
 #include <numeric>
@@ -17,6 +18,13 @@ namespace {
 Failure OutputError(const OutputArgument& output, const String& reason,
                     SourceLocation at = SourceLocation::Current()) {
     return ArgumentError("--output", output.name + "=" + output.file, reason, at);
+}
+
+/// Tried for real: permissions alone do not tell of folders without room for files.
+Bool CanCreateFile(const String& folder) {
+    const String probe = Format("@/.norvi-@", folder, Int{getpid()});
+    std::FILE* file = std::fopen(probe.c_str(), "wb");
+    return file && std::fclose(file) == 0 && std::remove(probe.c_str()) == 0;
 }
 
 Int CountElements(const BaseArray<Int>& shape) {
@@ -82,7 +90,7 @@ Result<void> CheckOutput(const OutputArgument& output, DataType type, const Base
     std::error_code ignored;
     if (!std::filesystem::is_directory(folder, ignored))
         return OutputError(output, Format("there is no folder \"@\"", folder));
-    if (access(folder.c_str(), W_OK) != 0)
+    if (!CanCreateFile(folder))
         return OutputError(output, Format("the folder \"@\" cannot be written to", folder));
     if (std::filesystem::is_directory(file, ignored))
         return OutputError(output, "there is a folder of this name");

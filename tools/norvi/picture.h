@@ -13,12 +13,13 @@ struct Picture {
     BaseArray<Float32> pixels;
 };
 
-/// An unreadable file, or one without pixels, is an illegal-argument error that names the file and the reason.
+/// An unreadable file, or one without pixels, is an illegal-argument error that names the file and the
+/// reason.
 Result<Picture> ReadPicture(const String& path);
 
-/// Writes in the format that the file's suffix names; 8 bits for formats that hold integers (values are clamped to
-/// [0, 1]), floats for EXR and the like. Writes to a temporary file first, so that a failure leaves what was
-/// there before.
+/// Writes in the format that the file's suffix names; 8 bits for formats that hold integers (values are
+/// clamped to [0, 1]), floats for EXR and the like. Writes to a temporary file first, so that a failure
+/// leaves what was there before.
 Result<void> WritePicture(const String& path, const Picture& picture);
 
 /// The picture scaled to another size, filtered.

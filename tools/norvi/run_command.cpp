@@ -85,10 +85,8 @@ void AddRunCommand(CLI::App& app, CommandContext& context) {
 }
 
 Result<void> RunKernel(const RunOptions& options, const CommandContext& context) {
-    return CatchOutOfMemory([&]() -> Result<void> {
-        NORVI_TRY_VALUE(plan, MakeRunPlan(options));
-        return KernelRun(std::move(plan), context.isQuiet).Run();
-    });
+    NORVI_TRY_VALUE(plan, MakeRunPlan(options));
+    return KernelRun(std::move(plan), context.isQuiet).Run();
 }
 
 } // namespace norvi

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
+#include <system_error>
 
 #include <fmt/format.h>
 
@@ -84,22 +85,19 @@ Result<void> Prepare(const CommonOptions& options, CommandContext& context) {
     return OK;
 }
 
-int Fail(const Error& error) {
-    fmt::print(stderr, "norvi: {}\n", error.GetMessage());
+int Fail(const String& message) {
+    std::fputs(fmt::format("norvi: {}\n", message).c_str(), stderr);
     return 1;
 }
 
 int RunAction(const CommonOptions& options, CommandContext& context) {
-    auto result = CatchOutOfMemory([&]() -> Result<void> {
-        NORVI_TRY(Prepare(options, context));
-        return context.action(context);
-    });
+    auto prepared = Prepare(options, context);
+    const auto result = prepared ? context.action(context) : std::move(prepared);
     if (!result)
-        return Fail(result.GetError());
-    // What could not be written, to a full disk or a closed pipe, is only known now.
+        return Fail(result.GetError().GetMessage());
+    // What could not be written, to a full disk or a closed pipe, may only be known now.
     if (std::fflush(stdout) != 0 || std::ferror(stdout))
-        return Fail(
-            SystemError("cannot write to the standard output", errno).operator Result<void>().GetError());
+        throw std::system_error(errno, std::generic_category(), "cannot write to the standard output");
     return 0;
 }
 
@@ -125,28 +123,32 @@ String UnknownWordHint(const CLI::App& app) {
 int ReportUsage(const CLI::App& app, const CLI::ParseError& error) {
     if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success))
         return app.exit(error);
-    fmt::print(stderr, "norvi: {}{}\nRun with --help for more information.\n", error.what(),
-               UnknownWordHint(app));
+    Fail(fmt::format("{}{}\nRun with --help for more information.", error.what(), UnknownWordHint(app)));
     return UsageStatus;
 }
 
 } // namespace
 
 int RunTool(int argc, const char* const* argv) noexcept {
-    CommandContext context;
-    CommonOptions options;
-    CLI::App app("Runs kernels on the processor, and shows what there is to run.", "norvi");
-    app.fallthrough();
-    app.require_subcommand(1);
-    AddCommonOptions(app, options, context);
-    for (const auto addCommand : addCommands)
-        addCommand(app, context);
+    // Printing throws when the stream fails, and everything when memory runs out.
     try {
-        app.parse(argc, argv);
-    } catch (const CLI::ParseError& error) {
-        return ReportUsage(app, error);
+        CommandContext context;
+        CommonOptions options;
+        CLI::App app("Runs kernels on the processor, and shows what there is to run.", "norvi");
+        app.fallthrough();
+        app.require_subcommand(1);
+        AddCommonOptions(app, options, context);
+        for (const auto addCommand : addCommands)
+            addCommand(app, context);
+        try {
+            app.parse(argc, argv);
+        } catch (const CLI::ParseError& error) {
+            return ReportUsage(app, error);
+        }
+        return RunAction(options, context);
+    } catch (const std::exception& error) {
+        return Fail(error.what());
     }
-    return RunAction(options, context);
 }
 
 } // namespace norvi

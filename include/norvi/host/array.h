@@ -12,10 +12,13 @@ class UntypedArray {
   public:
     UntypedArray() = default;
     UntypedArray(UntypedArray&& other) noexcept
-        : data_(std::exchange(other.data_, nullptr)), count_(std::exchange(other.count_, 0)) {}
+        : data_(std::exchange(other.data_, nullptr)),
+          count_(std::exchange(other.count_, 0)),
+          elementSize_(other.elementSize_) {}
     UntypedArray& operator=(UntypedArray&& other) noexcept {
         std::swap(data_, other.data_);
         std::swap(count_, other.count_);
+        std::swap(elementSize_, other.elementSize_);
         return *this;
     }
     ~UntypedArray();
@@ -25,11 +28,13 @@ class UntypedArray {
 
     void* GetFirst() const { return data_; }
     Int GetCount() const { return count_; }
+    Int GetElementSize() const { return elementSize_; }
     Bool IsEmpty() const { return count_ == 0; }
 
   private:
     void* data_ = nullptr;
     Int count_ = 0;
+    Int elementSize_ = 0;
 };
 
 /// An array of one element type, in one continuous block aligned to a cache line. Elements of trivial types
@@ -77,7 +82,7 @@ class ArrayRef {
     static Result<ArrayRef> NewBaseArray(DataType elementType) noexcept;
     /// An array with copies of the `count` elements at `elements`.
     static Result<ArrayRef> NewBaseArray(DataType elementType, const void* elements, Int count) noexcept;
-    /// An array that takes over storage and elements.
+    /// An array that takes over storage and elements, which must be of the type's size.
     static Result<ArrayRef> NewBaseArray(DataType elementType, UntypedArray&& elements) noexcept;
 
     explicit operator bool() const { return array_ != nullptr; }

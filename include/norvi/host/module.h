@@ -122,7 +122,8 @@ struct LoadedModule {
 };
 
 /// Loads modules and keeps them loaded; the destructor stops and unloads them, last first. Objects of a
-/// module's classes must be gone by then. Used by one thread.
+/// module's classes must be gone by then, and so must values and errors that came from them. Used by one
+/// thread.
 class ModuleLoader {
   public:
     ModuleLoader() = default;

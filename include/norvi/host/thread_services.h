@@ -20,8 +20,8 @@ class JobQueue {
 /// What a group runs: a function over one slot of its job buffer.
 using JobFunction = void (*)(void* job) noexcept;
 
-/// A set of jobs that are run and waited for together. Lives on the stack of the thread that waits; nothing
-/// in it allocates.
+/// A set of jobs that are run and waited for together. Lives on the stack of the thread that waits, with the
+/// jobs in a buffer of the caller's; the job library keeps a pool for its tasks.
 class JobGroup {
   public:
     JobGroup(const JobGroup&) = delete;

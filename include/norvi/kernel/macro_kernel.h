@@ -52,9 +52,8 @@ class MacroKernel final : public KernelOf<MacroKernel<Body>>, public KernelRange
                         const norvi::Vec3<UInt32>& group) override {
         NORVI_TRY(CheckBound());
         DirectFormulas formulas;
-        NORVI_TRY(body_.Run(uvec3(global.x, global.y, global.z), uvec3(local.x, local.y, local.z),
-                            uvec3(group.x, group.y, group.z), formulas));
-        return CheckIndices();
+        return CheckIndices(body_.Run(uvec3(global.x, global.y, global.z), uvec3(local.x, local.y, local.z),
+                                      uvec3(group.x, group.y, group.z), formulas));
     }
 
     Result<void> KernelRange(UInt32 first, UInt32 last, UInt32 gridX, UInt32 gridY) override {
@@ -156,17 +155,16 @@ class MacroKernel final : public KernelOf<MacroKernel<Body>>, public KernelRange
     template <typename FormulaAccess>
     [[gnu::always_inline]] static Result<void> RunOne(const Body& body, UInt32 x, UInt32 y, UInt32 z,
                                                       FormulaAccess& formulas) {
-        NORVI_TRY(body.Run(uvec3(x, y, z), uvec3(x % Group.x, y % Group.y, z % Group.z),
-                           uvec3(x / Group.x, y / Group.y, z / Group.z), formulas));
-        return CheckIndices();
+        return CheckIndices(body.Run(uvec3(x, y, z), uvec3(x % Group.x, y % Group.y, z % Group.z),
+                                     uvec3(x / Group.x, y / Group.y, z / Group.z), formulas));
     }
 
-    static Result<void> CheckIndices() {
+    /// The result of an invocation, or the wrong index that it met, which goes first.
+    [[gnu::always_inline]] static Result<void> CheckIndices(Result<void> result) {
 #if NORVI_CHECK_INDICES
-        return TakeIndexFault(Body::KernelName());
-#else
-        return OK;
+        NORVI_TRY(TakeIndexFault(Body::KernelName()));
 #endif
+        return result;
     }
 
     /// A buffer that was never bound has no memory to work on.
