@@ -45,7 +45,9 @@ class DataType {
         DataTypeKind kind = DataTypeKind::Value;
         NumberClass numberClass = NumberClass::None;
         const Description* element = nullptr; ///< of containers, views and pointers
-        Bool isTrivial = false;               ///< copying the bytes copies the value; nothing to destroy
+        /// The value owns nothing, so copying its bytes copies it. (Vectors of the kernel language copy
+        /// member by member, and structs that hold them too: trivial destruction is what tells.)
+        Bool isTrivial = false;
         DataTypeOperations operations{};
     };
 
@@ -239,7 +241,7 @@ DataType::Description Describe() {
         description.size = sizeof(T);
         description.alignment = alignof(T);
         description.numberClass = NumberClassOf<T>();
-        description.isTrivial = std::is_trivially_copyable_v<T> && std::is_trivially_destructible_v<T>;
+        description.isTrivial = std::is_trivially_destructible_v<T> && std::is_copy_constructible_v<T>;
         description.operations = OperationsOf<T>();
     }
     // What a pointer or reference points at may be incomplete here, and is never handled through it.
