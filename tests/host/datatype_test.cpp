@@ -63,9 +63,11 @@ TEST(DataType, DescribesNameSizeKindAndNumberClass) {
     EXPECT_FALSE(DataType::Of<String>().GetElementType());
 }
 
-TEST(DataType, ComparesByName) {
-    const DataType::Description elsewhere{.name = "float32"};
+TEST(DataType, ComparesByNameAndLayout) {
+    const DataType::Description elsewhere{.name = "float32", .size = 4, .alignment = 4};
     EXPECT_TRUE(DataType(&elsewhere) == DataType::Of<Float32>());
+    const DataType::Description larger{.name = "float32", .size = 8, .alignment = 4};
+    EXPECT_FALSE(DataType(&larger) == DataType::Of<Float32>());
     EXPECT_FALSE(DataType::Of<Float32>() == DataType::Of<Float64>());
     EXPECT_FALSE(DataType() == DataType::Of<Float32>());
     EXPECT_TRUE(DataType() == DataType());

@@ -73,7 +73,8 @@ class ThreadServices {
     /// Jobs that have not begun are passed over. Called by a job of the group.
     static void GroupMarkAsFinished(JobGroup& group) noexcept;
 
-    /// Index of the current worker, below JobQueue::GetThreadCount; 0 outside of jobs.
+    /// Index of the current worker, below JobQueue::GetThreadCount; 0 outside of jobs. Jobs that run at the
+    /// same time have different ones, but with a single worker every caller is number 0.
     static Int GetCurrentWorkerThreadIndex() noexcept;
 
   private:
