@@ -117,8 +117,9 @@ void RunAndCheck(Workers& workers, BaseArray<Job>& jobs, Int first, Int count) {
     EXPECT_EQ(wrongOutputs, 0);
     EXPECT_EQ(wrongWorkers, 0);
     // A single worker is each caller by itself, and its index is 0 for all of them.
-    if (JobQueue::GetThreadCount() > 1)
+    if (JobQueue::GetThreadCount() > 1) {
         EXPECT_EQ(workers.sharedIndices, 0);
+    }
 }
 
 TEST_F(ThreadServicesTest, GroupRunsEachJobOnceAndTheCallerTheFirst) {
