@@ -157,7 +157,7 @@ void ThreadServices::GroupMarkAsFinished(JobGroup& group) noexcept {
 
 void ThreadServices::RunAlone(JobGroup& group) noexcept {
     const bool wasAlone = std::exchange(t_isAlone, true);
-    for (Int index = 0; index < group.jobCount_; ++index)
+    for (Int index = 0; index < group.jobCount_ && !group.finished_.load(std::memory_order_relaxed); ++index)
         group.function_(static_cast<std::byte*>(group.buffer_) + (group.firstJob_ + index) * group.jobSize_);
     t_isAlone = wasAlone;
 }

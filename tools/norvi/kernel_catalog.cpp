@@ -32,10 +32,7 @@ ParameterRole RoleOf(DataType type) {
         return ParameterRole::Counter;
     if (type == DataType::Of<Block<NoiseRef>>())
         return ParameterRole::Noise;
-    // References and strings are values with something behind them; what kernels declare is bytes and nothing
-    // else.
-    if (type->kind == DataTypeKind::Block && type.GetElementType()->kind == DataTypeKind::Value &&
-        type.GetElementType() != DataType::Of<String>())
+    if (type->kind == DataTypeKind::Block && type.GetElementType()->isTrivial)
         return ParameterRole::Buffer;
     return FindElementType(type) ? ParameterRole::Uniform : ParameterRole::Unsupported;
 }

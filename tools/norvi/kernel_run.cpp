@@ -130,11 +130,8 @@ Result<void> KernelRun::CheckMargins() {
     return OK;
 }
 
-/// Growing by what the storage has room for anyway shows the margin, unless new elements are constructed over
-/// it.
+/// Growing by what the storage has room for anyway shows the margin.
 Result<void> KernelRun::CheckMargin(const Buffer& buffer) {
-    if (!buffer.type->isTrivial)
-        return OK;
     NORVI_TRY(program_->ResizeUniformBuffer(buffer.name, buffer.count + buffer.margin, false));
     auto data = program_->GetGlobalBufferData(buffer.name, buffer.count, buffer.margin);
     NORVI_TRY(program_->ResizeUniformBuffer(buffer.name, buffer.count, false));
