@@ -30,7 +30,7 @@ class SizedKernel : public KernelOf<Derived> {
     }
 };
 
-/// Writes scale * x to data[x].
+/// Writes scale * x to data[x], in the first row of the grid.
 class Doubler final : public KernelOf<Doubler> {
   public:
     Result<void> Init() noexcept override {
@@ -42,7 +42,7 @@ class Doubler final : public KernelOf<Doubler> {
         });
     }
     Result<void> Kernel(const Vec3<UInt32>& global, const Vec3<UInt32>&, const Vec3<UInt32>&) override {
-        if (global.x >= data_.GetCount())
+        if (global.x >= data_.GetCount() || global.y > 0)
             return OK;
         data_[global.x] = scale_ * global.x;
         return OK;
@@ -119,7 +119,7 @@ class RangeRecorder final : public RecorderBase<RangeRecorder>, public KernelRan
     static inline BaseArray<UInt32> lengths;
 };
 
-/// Evaluates a formula for each index: data[x] = formula(value x, seed 1000 + x).
+/// Evaluates a formula for each index of the first row: data[x] = scale * formula(value x, seed 1000 + x).
 class FormulaKernel final : public SizedKernel<FormulaKernel> {
   public:
     Result<void> Init() noexcept override {
@@ -132,7 +132,7 @@ class FormulaKernel final : public SizedKernel<FormulaKernel> {
         });
     }
     Result<void> Kernel(const Vec3<UInt32>& global, const Vec3<UInt32>&, const Vec3<UInt32>&) override {
-        if (global.x >= data_.GetCount())
+        if (global.x >= data_.GetCount() || global.y > 0)
             return OK;
         int seed = 1000 + static_cast<int>(global.x);
         data_[global.x] = scale_ * kernel::EvaluateFormula(formula_, static_cast<float>(global.x), seed);
