@@ -120,6 +120,7 @@ function(_norvi_add_kernel_module target file_name options)
   target_link_libraries(${target} PRIVATE norvi::host)
   target_compile_features(${target} PRIVATE cxx_std_20)
   target_compile_options(${target} PRIVATE ${NORVI_KERNEL_OPTIONS} ${options})
+  target_precompile_headers(${target} PRIVATE <norvi/kernel/kernel.h>)
   target_link_options(${target} PRIVATE -Wl,--version-script=${NORVI_MODULE_EXPORTS})
   set_target_properties(${target} PROPERTIES
     PREFIX "" OUTPUT_NAME ${file_name}

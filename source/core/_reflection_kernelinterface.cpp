@@ -7,21 +7,22 @@ namespace norvi {
 
 namespace {
 
-const InterfaceRecord g_record{KernelInterface::InterfaceId,
-                               "norvi::Kernel::KernelRef",
-                               {
-                                   {"Kernel",
-                                    "Result<void>",
-                                    {{"InGlobalInvocationID", "Vec3<UInt32>"},
-                                     {"InLocalInvocationID", "Vec3<UInt32>"},
-                                     {"InWorkGroupID", "Vec3<UInt32>"}}},
-                                   {"Set", "Result<void>", {{"paramName", "CString"}, {"data", "void*"}}},
-                                   {"Init", "Result<void>", {}},
-                                   {"GetKernelParameterMap", "HashMap<CString, KernelParameter>", {}},
-                                   {"GetKernelWorkGroupSize", "Vec3<UInt32>", {}},
-                                   {"GetSingleThreadedThreshold", "Int", {}},
-                                   {"GetGranularity", "Int", {}},
-                               }};
+const InterfaceRecord g_record{
+    KernelInterface::InterfaceId,
+    "norvi::Kernel::KernelRef",
+    {
+        {"Kernel",
+         "Result<void>",
+         {{"InGlobalInvocationID", "const Vec3<UInt32>&"},
+          {"InLocalInvocationID", "const Vec3<UInt32>&"},
+          {"InWorkGroupID", "const Vec3<UInt32>&"}}},
+        {"Set", "Result<void>", {{"paramName", "CString"}, {"data", "const void*"}}},
+        {"Init", "Result<void>", {}},
+        {"GetKernelParameterMap", "const HashMap<CString, KernelParameter>&", {}},
+        {"GetKernelWorkGroupSize", "const Vec3<UInt32>&", {}},
+        {"GetSingleThreadedThreshold", "const Int&", {}},
+        {"GetGranularity", "const Int&", {}},
+    }};
 
 InterfaceDeclaration g_declaration(g_norvi, g_record);
 

@@ -4,11 +4,13 @@
 
 #include <algorithm>
 
-#include <norvi/host/registry.h>
+#include <norvi/host/module.h>
 
 namespace norvi {
 
 namespace {
+
+RegistryDeclaration g_kernelClasses(g_norvi, registryid::KernelClasses);
 
 Result<void> AppendInterned(BaseArray<InternedId>& ids, const char* pattern, Int index) {
     NORVI_TRY_VALUE(id, InternedId::Create(Format(pattern, index)));
@@ -65,7 +67,7 @@ Result<void> ParallelProgramCPUImpl::AddKernel(const InternedId& kernelId, const
         const auto fill = [&]() -> Result<void> {
             data.file = file;
             data.name = file.GetName();
-            const Class* kernelClass = Registry::Get(registryid::KernelClasses).FindEntryValue(data.name);
+            const Class* kernelClass = g_kernelClasses.Get().FindEntryValue(data.name);
             if (!kernelClass)
                 return NullPtrError(Format("no kernel class '@' is registered", data.name));
             return CreateKernelObject(data, kernelClass);

@@ -44,6 +44,12 @@ void ConstructElements(DataType type, void* target, Int count) {
     }
 }
 
+Failure NegativeCountError() {
+    return CatchOutOfMemory([]() -> Failure {
+        return IllegalArgumentError("An array cannot have a negative number of elements.");
+    });
+}
+
 } // namespace
 
 UntypedArray::~UntypedArray() {
@@ -52,7 +58,7 @@ UntypedArray::~UntypedArray() {
 
 Result<UntypedArray> UntypedArray::New(Int elementSize, Int count) noexcept {
     if (count < 0)
-        return IllegalArgumentError("An array cannot have a negative number of elements.");
+        return NegativeCountError();
     Int bytes = 0;
     if (__builtin_mul_overflow(elementSize, count, &bytes))
         return OutOfMemoryError();
@@ -70,7 +76,7 @@ Result<UntypedArray> UntypedArray::New(Int elementSize, Int count) noexcept {
 Result<void> Array::Resize(Int count) noexcept {
     return CatchOutOfMemory([&]() -> Result<void> {
         if (count < 0)
-            return IllegalArgumentError("An array cannot have a negative number of elements.");
+            return NegativeCountError();
         if (count > data_.GetCount()) {
             NORVI_TRY_VALUE(grown, UntypedArray::New(type_->size, count));
             CopyElements(type_, grown.GetFirst(), data_.GetFirst(), count_);

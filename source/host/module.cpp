@@ -57,11 +57,18 @@ BaseArray<String> Split(std::string_view text, char separator) {
     return parts;
 }
 
-const void* ResolveDeclared(Declaration::Kind kind, const char* id) {
-    return kind == Declaration::Kind::Registry ? static_cast<const void*>(&Registry::Get(id)) : FindClass(id);
-}
-
 } // namespace
+
+const void* ResolveDeclared(Declaration::Kind kind, const char* id) {
+    switch (kind) {
+    case Declaration::Kind::Registry:
+        return &Registry::Get(id);
+    case Declaration::Kind::Class:
+        return FindClass(id);
+    default:
+        return nullptr;
+    }
+}
 
 Declaration::Declaration(ModuleRecord& module, Kind kind, const char* id) : kind_(kind), id_(id) {
     module.Add(*this);
@@ -94,8 +101,8 @@ Result<void> ClassDeclaration::Start() noexcept {
 
 void ClassDeclaration::Stop() noexcept {
     if (registryId_)
-        Registry::Get(registryId_).EraseEntry(GetId());
-    Registry::Get(registryid::Classes).EraseEntry(GetId());
+        Registry::Get(registryId_).EraseEntry(class_.GetId());
+    Registry::Get(registryid::Classes).EraseEntry(class_.GetId());
 }
 
 Result<void> RegistryDeclaration::Start() noexcept {
@@ -105,6 +112,19 @@ Result<void> RegistryDeclaration::Start() noexcept {
     });
 }
 
+Registry& RegistryDeclaration::Get() const noexcept {
+    Registry* registry = registry_.load(std::memory_order_acquire);
+    if (!registry) {
+        registry = static_cast<Registry*>(const_cast<void*>(module_.Resolve(Kind::Registry, GetId())));
+        if (!registry) {
+            LogCritical(Format("Method invocation of unresolvable interface @", GetId()));
+            std::abort();
+        }
+        registry_.store(registry, std::memory_order_release);
+    }
+    return *registry;
+}
+
 ModuleLoader& ModuleLoader::operator=(ModuleLoader&& other) noexcept {
     std::swap(libraries_, other.libraries_);
     return *this;
@@ -112,7 +132,7 @@ ModuleLoader& ModuleLoader::operator=(ModuleLoader&& other) noexcept {
 
 ModuleLoader::~ModuleLoader() {
     while (!libraries_.empty()) {
-        Close(libraries_.back());
+        Stop(libraries_.back());
         libraries_.pop_back();
     }
 }
@@ -173,29 +193,29 @@ BaseArray<LoadedModule> ModuleLoader::GetModules() const {
     return modules;
 }
 
+void ModuleLoader::CloseLibrary::operator()(void* handle) const noexcept {
+    dlclose(handle);
+}
+
 /// A library without a handle stands for a module that is loaded already.
 Result<ModuleLoader::Library> ModuleLoader::Open(const String& path) {
     const String variant = BestVariant(path);
     Library library;
     library.path = variant;
-    library.handle = dlopen(variant.c_str(), RTLD_NOW | RTLD_LOCAL);
+    library.handle.reset(dlopen(variant.c_str(), RTLD_NOW | RTLD_LOCAL));
     if (!library.handle)
         return IllegalArgumentError(
             Format("the module '@' cannot be loaded: @", variant, DynamicLoaderMessage()));
-    library.record = static_cast<ModuleRecord*>(dlsym(library.handle, RecordSymbol));
+    library.record = static_cast<ModuleRecord*>(dlsym(library.handle.get(), RecordSymbol));
     const char* reason = nullptr;
     if (!library.record)
         reason = "it exports no symbol g_norvi";
     else if (library.record->GetVersion() != ModuleRecord::CurrentVersion)
         reason = "it was built for another version of the host";
-    if (reason) {
-        dlclose(library.handle);
+    if (reason)
         return IllegalArgumentError(Format("'@' is not a module of this host: @", variant, reason));
-    }
-    if (IsStarted(library.record->GetId())) {
-        dlclose(library.handle);
+    if (IsStarted(library.record->GetId()))
         return Library{};
-    }
     return library;
 }
 
@@ -211,34 +231,26 @@ BaseArray<Result<void>> ModuleLoader::StartAll(BaseArray<Library>& opened) {
         opened.erase(next);
         // Two files of one folder may be the same module.
         if (IsStarted(library.record->GetId()))
-            dlclose(library.handle);
-        else if (auto started = Start(std::move(library)); !started)
+            continue;
+        if (auto started = Start(std::move(library)); !started)
             failures.push_back(std::move(started));
     }
-    for (Library& library : opened) {
+    for (const Library& library : opened)
         failures.push_back(
             IllegalStateError(Format("the module '@' needs the modules '@', which are not loaded",
                                      library.path, library.record->GetDependencies())));
-        dlclose(library.handle);
-    }
     return failures;
-}
-
-/// `error` without what points into the module that made it and is about to be unloaded.
-Failure Detached(const Error& error) {
-    const auto lasting = [](const char* text) { return InternedId(text).ToString().c_str(); };
-    return MakeError(lasting(error.GetKind()), error.GetMessage(),
-                     {lasting(error.GetLocation().file), error.GetLocation().line}, error.GetNativeCode());
 }
 
 Result<void> ModuleLoader::Start(Library library) {
     libraries_.reserve(libraries_.size() + 1);
+    // From here on values and errors may point at the module's code and constants.
+    library.handle.reset(dlopen(library.path.c_str(), RTLD_NOW | RTLD_NOLOAD | RTLD_NODELETE));
     library.record->SetInitializer(&ResolveDeclared);
     for (Declaration* d = library.record->GetFirst(); d; d = d->GetNext()) {
         if (auto started = d->Start(); !started) {
-            Failure failure = Detached(started.GetError());
-            Close(library);
-            return failure;
+            Stop(library);
+            return started;
         }
         ++library.startedCount;
     }
@@ -246,7 +258,7 @@ Result<void> ModuleLoader::Start(Library library) {
     return OK;
 }
 
-void ModuleLoader::Close(Library& library) noexcept {
+void ModuleLoader::Stop(Library& library) noexcept {
     // The list is linked forward only; stopping in reverse walks it once for each declaration, at unload.
     for (Int remaining = library.startedCount; remaining > 0; --remaining) {
         Declaration* declaration = library.record->GetFirst();
@@ -254,7 +266,6 @@ void ModuleLoader::Close(Library& library) noexcept {
             declaration = declaration->GetNext();
         declaration->Stop();
     }
-    dlclose(library.handle);
 }
 
 Bool ModuleLoader::IsStarted(std::string_view id) const {

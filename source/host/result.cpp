@@ -20,8 +20,10 @@ const Error& StaticOutOfMemory() {
 } // namespace
 
 String Error::ToString() const {
-    return location_.line > 0 ? fmt::format("{} [{}({})]", message_, location_.file, location_.line)
-                              : message_;
+    String text = place_.line > 0 ? fmt::format("{}({}): {}", place_.file, place_.line, message_) : message_;
+    if (location_.line > 0)
+        text += fmt::format(" [{}({})]", location_.file, location_.line);
+    return text;
 }
 
 void Result<void>::Release() noexcept {
@@ -32,10 +34,7 @@ void Result<void>::Release() noexcept {
 Result<void> Result<void>::Copy() const noexcept {
     if (!error_ || error_ == &StaticOutOfMemory())
         return Result(error_);
-    return CatchOutOfMemory([this]() -> Result<void> {
-        return MakeError(error_->GetKind(), error_->GetMessage(), error_->GetLocation(),
-                         error_->GetNativeCode());
-    });
+    return CatchOutOfMemory([this]() -> Result<void> { return Result(new Error(*error_)); });
 }
 
 Failure MakeError(const char* kind, String message, SourceLocation at, int nativeCode) noexcept {
@@ -75,6 +74,17 @@ Failure SystemError(String message, int nativeCode, SourceLocation at) noexcept 
     } catch (const std::bad_alloc&) {
     }
     return MakeError(errorkind::System, std::move(message), at, nativeCode);
+}
+
+Failure AtPlace(Failure failure, const String& file, Int line) noexcept {
+    Result<void> result = std::move(failure);
+    const Error& error = result.GetError();
+    if (&error != &StaticOutOfMemory() && error.GetPlace().line == 0)
+        result = CatchOutOfMemory([&]() -> Result<void> {
+            return Result<void>(new Error(error.GetKind(), error.GetMessage(), error.GetLocation(),
+                                          error.GetNativeCode(), {file, line}));
+        });
+    return Failure(result.TakeError());
 }
 
 } // namespace norvi

@@ -12,7 +12,6 @@ namespace norvi {
 
 namespace {
 
-RegistryDeclaration g_kernelClasses(g_norvi, registryid::KernelClasses);
 ClassDeclaration g_cpuProgram(g_norvi, programid::CpuProgram, &MakeObject<ParallelProgramCPUImpl>);
 
 } // namespace

@@ -16,46 +16,42 @@ struct Abstract {
 
 namespace {
 
-TEST(DataType, DescribesNameSizeKindAndNumberClass) {
+TEST(DataType, DescribesNameSizeAndKind) {
     using Kind = DataTypeKind;
-    using Number = NumberClass;
     const struct {
         DataType type;
         const char* name;
         Int size;
         DataTypeKind kind;
-        NumberClass numberClass;
         bool isTrivial;
     } cases[] = {
-        {DataType::Of<Bool>(), "bool", 1, Kind::Value, Number::None, true},
-        {DataType::Of<Char>(), "char", 1, Kind::Value, Number::SignedInteger, true},
-        {DataType::Of<UChar>(), "uchar", 1, Kind::Value, Number::UnsignedInteger, true},
-        {DataType::Of<Int16>(), "int16", 2, Kind::Value, Number::SignedInteger, true},
-        {DataType::Of<UInt64>(), "uint64", 8, Kind::Value, Number::UnsignedInteger, true},
-        {DataType::Of<HalfFloat>(), "HalfFloat", 2, Kind::Value, Number::FloatingPoint, true},
-        {DataType::Of<Float32>(), "float32", 4, Kind::Value, Number::FloatingPoint, true},
-        {DataType::Of<Vector32>(), "Vector32", 12, Kind::Value, Number::None, true},
-        {DataType::Of<Vec4<HalfFloat>>(), "Vec4<HalfFloat>", 8, Kind::Value, Number::None, true},
-        {DataType::Of<SquareMatrix32>(), "SquareMatrix32", 36, Kind::Value, Number::None, true},
-        {DataType::Of<String>(), "String", sizeof(String), Kind::Value, Number::None, false},
-        {DataType::Of<Unnamed>(), "norvi::Unnamed", 6, Kind::Value, Number::None, true},
-        {DataType::Of<Float32*>(), "float32*", sizeof(void*), Kind::Pointer, Number::None, true},
-        {DataType::Of<const Float32*>(), "float32*", sizeof(void*), Kind::Pointer, Number::None, true},
-        {DataType::Of<Incomplete*>(), "Incomplete*", sizeof(void*), Kind::Pointer, Number::None, true},
+        {DataType::Of<Bool>(), "bool", 1, Kind::Value, true},
+        {DataType::Of<Char>(), "char", 1, Kind::Value, true},
+        {DataType::Of<UChar>(), "uchar", 1, Kind::Value, true},
+        {DataType::Of<Int16>(), "int16", 2, Kind::Value, true},
+        {DataType::Of<UInt64>(), "uint64", 8, Kind::Value, true},
+        {DataType::Of<HalfFloat>(), "HalfFloat", 2, Kind::Value, true},
+        {DataType::Of<Float32>(), "float32", 4, Kind::Value, true},
+        {DataType::Of<Vector32>(), "Vector32", 12, Kind::Value, true},
+        {DataType::Of<Vec4<HalfFloat>>(), "Vec4<HalfFloat>", 8, Kind::Value, true},
+        {DataType::Of<SquareMatrix32>(), "SquareMatrix32", 36, Kind::Value, true},
+        {DataType::Of<String>(), "String", sizeof(String), Kind::Value, false},
+        {DataType::Of<Unnamed>(), "norvi::Unnamed", 6, Kind::Value, true},
+        {DataType::Of<Float32*>(), "float32*", sizeof(void*), Kind::Pointer, true},
+        {DataType::Of<const Float32*>(), "float32*", sizeof(void*), Kind::Pointer, true},
+        {DataType::Of<Incomplete*>(), "Incomplete*", sizeof(void*), Kind::Pointer, true},
         {DataType::Of<BaseArray<String>>(), "BaseArray<String>", sizeof(BaseArray<String>), Kind::BaseArray,
-         Number::None, false},
-        {DataType::Of<Block<const Vector32>>(), "Block<Vector32>", sizeof(UntypedBlock), Kind::Block,
-         Number::None, true},
-        {DataType::Of<ArrayRef>(), "ArrayRef", sizeof(ArrayRef), Kind::ArrayReference, Number::None, false},
+         false},
+        {DataType::Of<Block<const Vector32>>(), "Block<Vector32>", sizeof(UntypedBlock), Kind::Block, true},
+        {DataType::Of<ArrayRef>(), "ArrayRef", sizeof(ArrayRef), Kind::ArrayReference, false},
         {DataType::Of<std::shared_ptr<Abstract>>(), "Ref<norvi::Abstract>", sizeof(std::shared_ptr<Abstract>),
-         Kind::Reference, Number::None, false},
-        {DataType::Of<Abstract>(), "norvi::Abstract", 0, Kind::Value, Number::None, false},
+         Kind::Reference, false},
+        {DataType::Of<Abstract>(), "norvi::Abstract", 0, Kind::Value, false},
     };
     for (const auto& test : cases) {
         EXPECT_EQ(test.type.ToString(), test.name);
         EXPECT_EQ(test.type->size, test.size) << test.name;
         EXPECT_EQ(test.type->kind, test.kind) << test.name;
-        EXPECT_EQ(test.type->numberClass, test.numberClass) << test.name;
         EXPECT_EQ(test.type->isTrivial, test.isTrivial) << test.name;
     }
     EXPECT_EQ(DataType::Of<BaseArray<String>>().GetElementType(), DataType::Of<String>());

@@ -77,7 +77,7 @@ TEST_F(ModuleLoaderTest, StartsInOrderOfDeclarationAndUndoesInReverse) {
     loader.reset();
     EXPECT_EQ(log.entries, (BaseArray<String>{"info: stop base.last", "info: stop base.first"}));
     EXPECT_EQ(FindClass("base.class"), nullptr);
-    EXPECT_FALSE(IsInMemory(path));
+    EXPECT_TRUE(IsInMemory(path)) << "values may point into it";
 }
 
 TEST_F(ModuleLoaderTest, LoadingAgainDoesNothing) {
@@ -194,9 +194,8 @@ TEST_F(ModuleLoaderTest, DirectoryPassesOverWhatDoesNotLoad) {
                                 [](const String& entry) { return entry.starts_with("warning: "); }),
                   1)
             << fixture;
-        EXPECT_FALSE(IsInMemory(bad)) << fixture;
+        EXPECT_EQ(IsInMemory(bad), String(fixture) == "failing") << fixture;
         loader.reset();
-        EXPECT_FALSE(IsInMemory(directory + "/c.so")) << fixture;
     }
     loader.emplace();
 }

@@ -36,7 +36,7 @@ class ShareAllWork {
 /// Enters kernel classes under their file names while it lives.
 class KernelClasses {
   public:
-    KernelClasses() = default;
+    KernelClasses() { g_norvi.SetInitializer(&ResolveDeclared); }
     KernelClasses(const KernelClasses&) = delete;
     KernelClasses& operator=(const KernelClasses&) = delete;
     ~KernelClasses() {

@@ -207,9 +207,12 @@ Result<NoiseArgument> ParseNoise(const String& text) {
     BaseArray<String> names;
     for (UInt32 mode = 0; mode < NoiseModeCount; ++mode) {
         const std::string_view id = NoiseClassIdOfMode(mode);
-        names.emplace_back(id.substr(id.rfind('.') + 1));
-        if (parts[0] == names.back() || parts[0] == ToText(mode))
+        const String name(id.substr(id.rfind('.') + 1));
+        if (parts[0] == name || parts[0] == ToText(mode))
             return NoiseArgument{static_cast<Int32>(mode), static_cast<Int32>(*seed)};
+        // Two modes are the same noise.
+        if (std::find(names.begin(), names.end(), name) == names.end())
+            names.push_back(name);
     }
     return ArgumentError(
         "--noise", text,

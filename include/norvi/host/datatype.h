@@ -17,9 +17,7 @@ class ArrayRef;
 /// An atomic counter cell; kernels see its address.
 using AtomicUInt32 = std::atomic<UInt32>;
 
-enum class DataTypeKind { Value, Pointer, BaseArray, Block, Array, ArrayReference, Reference };
-
-enum class NumberClass { None, SignedInteger, UnsignedInteger, FloatingPoint };
+enum class DataTypeKind { Value, Pointer, BaseArray, Block, ArrayReference, Reference };
 
 /// The operations of a type. All work on properly aligned memory. `equal` and `toText` are null where the
 /// type offers none.
@@ -43,7 +41,6 @@ class DataType {
         Int size = 0;
         Int alignment = 0;
         DataTypeKind kind = DataTypeKind::Value;
-        NumberClass numberClass = NumberClass::None;
         const Description* element = nullptr; ///< of containers, views and pointers
         /// The value owns nothing, so copying its bytes copies it. (Vectors of the kernel language copy
         /// member by member, and structs that hold them too: trivial destruction is what tells.)
@@ -156,16 +153,6 @@ struct DataTypeShape<std::shared_ptr<T>> {
 };
 
 template <typename T>
-constexpr NumberClass NumberClassOf() {
-    if constexpr (std::is_same_v<T, HalfFloat> || std::is_floating_point_v<T>)
-        return NumberClass::FloatingPoint;
-    else if constexpr (std::is_integral_v<T> && !std::is_same_v<T, bool>)
-        return std::is_signed_v<T> ? NumberClass::SignedInteger : NumberClass::UnsignedInteger;
-    else
-        return NumberClass::None;
-}
-
-template <typename T>
 concept HasText = requires(const T& value) {
     { ToText(value) } -> std::convertible_to<String>;
 };
@@ -240,7 +227,6 @@ DataType::Description Describe() {
     if constexpr (requires { sizeof(T); } && !std::is_abstract_v<T>) {
         description.size = sizeof(T);
         description.alignment = alignof(T);
-        description.numberClass = NumberClassOf<T>();
         description.isTrivial = std::is_trivially_destructible_v<T> && std::is_copy_constructible_v<T>;
         description.operations = OperationsOf<T>();
     }

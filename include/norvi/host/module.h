@@ -6,6 +6,8 @@
 // declaration's start in the order of declaration, and undoes everything in reverse.
 #pragma once
 
+#include <atomic>
+
 #include <norvi/host/configuration.h>
 #include <norvi/host/reflection.h>
 #include <norvi/host/registry.h>
@@ -111,9 +113,22 @@ class InterfaceDeclaration final : public Declaration {
 
 class RegistryDeclaration final : public Declaration {
   public:
-    RegistryDeclaration(ModuleRecord& module, const char* id) : Declaration(module, Kind::Registry, id) {}
+    RegistryDeclaration(ModuleRecord& module, const char* id)
+        : Declaration(module, Kind::Registry, id), module_(module) {}
+
     Result<void> Start() noexcept override;
+    /// The registry, resolved through the module's record on first use. A host that cannot resolve it has
+    /// broken its contract: a critical message, and the program ends. Thread-safe.
+    Registry& Get() const noexcept;
+
+  private:
+    const ModuleRecord& module_;
+    mutable std::atomic<Registry*> registry_ = nullptr;
 };
+
+/// What the loader sets as the initialiser of each module: finds registries and the classes that started
+/// modules declared; null for anything else.
+const void* ResolveDeclared(Declaration::Kind kind, const char* id);
 
 /// A loaded and started module.
 struct LoadedModule {
@@ -121,9 +136,9 @@ struct LoadedModule {
     const ModuleRecord* record = nullptr;
 };
 
-/// Loads modules and keeps them loaded; the destructor stops and unloads them, last first. Objects of a
-/// module's classes must be gone by then, and so must values and errors that came from them. Used by one
-/// thread.
+/// Loads modules and keeps them loaded; the destructor stops them, last first. Objects of a module's classes
+/// must be gone by then. The code and constants of a module that was started stay in memory until the process
+/// ends, so that values and errors that came from it may outlive the loader. Used by one thread.
 class ModuleLoader {
   public:
     ModuleLoader() = default;
@@ -145,8 +160,11 @@ class ModuleLoader {
     BaseArray<LoadedModule> GetModules() const;
 
   private:
+    struct CloseLibrary {
+        void operator()(void* handle) const noexcept;
+    };
     struct Library {
-        void* handle = nullptr;
+        std::unique_ptr<void, CloseLibrary> handle;
         String path;
         ModuleRecord* record = nullptr;
         Int startedCount = 0;
@@ -155,7 +173,7 @@ class ModuleLoader {
     Result<Library> Open(const String& path);
     BaseArray<Result<void>> StartAll(BaseArray<Library>& opened);
     Result<void> Start(Library library);
-    static void Close(Library& library) noexcept;
+    static void Stop(Library& library) noexcept;
     Bool IsStarted(std::string_view id) const;
     Bool CanStart(const Library& library) const;
 

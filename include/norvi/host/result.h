@@ -34,21 +34,34 @@ struct SourceLocation {
     }
 };
 
+/// A line of a file that was read, such as a kernel text. Line 0 stands for no place.
+struct TextPlace {
+    String file;
+    Int line = 0; ///< from 1
+};
+
 /// What went wrong, where, and why. Immutable once made.
 class Error {
   public:
     /// @param kind one of the ids in `errorkind`; must have static storage.
     /// @param nativeCode the code of the operating system or library that failed (an errno), or 0.
-    Error(const char* kind, String message, SourceLocation location, int nativeCode = 0)
-        : kind_(kind), message_(std::move(message)), location_(location), nativeCode_(nativeCode) {}
+    /// @param place the line of the text that the error is about, if it is about one.
+    Error(const char* kind, String message, SourceLocation location, int nativeCode = 0, TextPlace place = {})
+        : kind_(kind),
+          message_(std::move(message)),
+          location_(location),
+          nativeCode_(nativeCode),
+          place_(std::move(place)) {}
 
     const char* GetKind() const { return kind_; }
     const String& GetMessage() const { return message_; }
     SourceLocation GetLocation() const { return location_; }
     int GetNativeCode() const { return nativeCode_; }
+    const TextPlace& GetPlace() const { return place_; }
     bool Is(std::string_view kind) const { return kind == kind_; }
 
-    /// "message [file(line)]"; what the log and the tool show.
+    /// "message [file(line)]", with "text file(line): " in front if the error has a place; what the log and
+    /// the tool show.
     String ToString() const;
 
   private:
@@ -56,6 +69,7 @@ class Error {
     String message_;
     SourceLocation location_;
     int nativeCode_;
+    TextPlace place_;
 };
 
 template <typename T>
@@ -99,19 +113,18 @@ static_assert(sizeof(Result<void>) == sizeof(void*));
 /// A failed result of any type; what the functions below return and `NORVI_TRY` passes on.
 class [[nodiscard]] Failure {
   public:
-    explicit Failure(const Error* error) noexcept : error_(error) {}
-    operator Result<void>() noexcept { return Result<void>(error_); }
-    const Error* Take() noexcept { return error_; }
+    explicit Failure(const Error* error) noexcept : status_(error) {}
+    operator Result<void>() && noexcept { return std::move(status_); }
 
   private:
-    const Error* error_;
+    Result<void> status_;
 };
 
 template <typename T>
 class [[nodiscard]] Result {
   public:
     Result(T value) : value_(std::move(value)) {}
-    Result(Failure failure) noexcept : status_(failure.Take()) {}
+    Result(Failure failure) noexcept : status_(std::move(failure)) {}
 
     explicit operator bool() const noexcept { return status_.IsOk(); }
     bool IsOk() const noexcept { return status_.IsOk(); }
@@ -149,6 +162,10 @@ Failure FunctionNotImplementedError(String message, SourceLocation at = SourceLo
 Failure OutOfMemoryError(SourceLocation at = SourceLocation::Current()) noexcept;
 /// A failed call of the operating system: the text of `nativeCode` (an errno) is appended to the message.
 Failure SystemError(String message, int nativeCode, SourceLocation at = SourceLocation::Current()) noexcept;
+
+/// The same failure with the place in a text that it is about. One that has a place already, and the
+/// out-of-memory error, stay as they are.
+Failure AtPlace(Failure failure, const String& file, Int line) noexcept;
 
 /// Runs `operation` and turns a failed allocation inside it into the out-of-memory error. Every operation of
 /// a public interface that allocates is wrapped once, at its outside. Any other exception would be a broken
