@@ -202,7 +202,7 @@ UInt32 ChunkSizeFor(UInt32 length, UInt32 granularity, double nanosecondsPerIter
     // At least four chunks for each worker, so that none waits long for another at the end.
     const auto largest = static_cast<double>(length / (4 * JobQueue::GetThreadCount()) + 1);
     const double wanted = std::min(ChunkNanoseconds / nanosecondsPerIteration, largest);
-    return std::max(granularity, static_cast<UInt32>(wanted));
+    return std::max(granularity, static_cast<UInt32>(wanted) / granularity * granularity);
 }
 
 } // namespace

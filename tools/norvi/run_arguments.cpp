@@ -230,8 +230,9 @@ Result<Vec3<UInt32>> ParseGrid(const String& text) {
     const auto sizes = ParseSizes(text, text.find(',') == text.npos ? 'x' : ',');
     constexpr Int most = std::numeric_limits<UInt32>::max();
     Int product = 1;
-    for (Int size : sizes.value_or(BaseArray<Int>()))
-        product *= size;
+    if (sizes)
+        for (const Int size : *sizes)
+            product *= size;
     if (!sizes || sizes->size() > 3 || product > most)
         return ArgumentError(
             "--grid", text,
