@@ -167,6 +167,16 @@ class FormulaParser {
     Result<void> CalculateParserCache(FormulaParserCacheRef& cache, const String& formula, Int32 angleUnit,
                                       Int32 folding, Int32 sizeLimit, Bool ignoreCase) const;
 
+    /// Writes the formula as statements of the kernel language (docs/kernel_language.md) that leave its value
+    /// in the variable `resultName`, a float that is declared outside, as are the formula's variables. Names
+    /// that the statements need for themselves begin with "formulaStep" and are declared in a block of their
+    /// own.
+    /// @param text receives the statements, without a line break behind the last one; untouched on failure,
+    /// which
+    ///        only a lack of memory is.
+    Result<void> GenerateShaderCode(const FormulaParserCache& cache, const String& resultName,
+                                    String& text) const;
+
   private:
     Result<void> AddVariable(const String& name, bool isInteger, const void* cell, Int count);
 
