@@ -1,8 +1,9 @@
-// What kernel text reaches through its parameters beside buffers: counters, formulas and noise. A parameter
-// that was never bound is not followed: a counter that nobody reads takes its place, a formula gives its
-// input, noise gives 0.
+// What kernel text reaches through its parameters beside buffers: counters, formulas, noise and colour
+// conversions. A parameter that was never bound is not followed: a counter that nobody reads takes its place,
+// a formula gives its input, noise gives 0, a conversion gives its colour.
 #pragma once
 
+#include <norvi/color_conversion.h>
 #include <norvi/formula_data.h>
 #include <norvi/host/noise.h>
 #include <norvi/kernel/atomics.h>
@@ -10,6 +11,7 @@
 
 namespace norvi::kernel {
 
+using norvi::ColorConversionFunction;
 using norvi::FormulaData;
 using norvi::NoiseRef;
 

@@ -4,3 +4,4 @@
 #pragma once
 
 #include <norvi/kernel/macros.h>
+#include <norvi/kernel/texture.h>

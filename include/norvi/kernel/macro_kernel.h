@@ -189,7 +189,9 @@ class MacroKernel final : public KernelOf<MacroKernel<Body>>, public KernelRange
             using Element = typename detail::BlockElement<Member>::Type;
             this->AddParameter(name, DataType::Of<norvi::Block<Element>>(), &member.GetView());
         } else {
-            this->AddParameter(name, DataType::Of<StorageOf<Member>>(), &member);
+            // Textures that a kernel only reads are const members; what they are bound to is mutable.
+            using Plain = std::remove_const_t<Member>;
+            this->AddParameter(name, DataType::Of<StorageOf<Plain>>(), const_cast<Plain*>(&member));
         }
     }
 
