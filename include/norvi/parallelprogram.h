@@ -189,10 +189,10 @@ class ParallelProgramInterface : public ObjectInterface {
     /// Is a global buffer stored under this id.
     virtual Bool HasBuffer(const InternedId& attr) noexcept = 0;
     /// Sets the working colour space of the program.
-    virtual void SetRenderSpace(const ColorProfile& renderingSpace) noexcept = 0;
+    virtual void SetRenderSpace(const ColorProfileRef& renderingSpace) noexcept = 0;
     /// Gives the active kernel a conversion between two colour spaces under two function names.
-    virtual Result<void> UpdateColorConversionActiveKernel(const ColorProfile& inputSpace,
-                                                           const ColorProfile& outputSpace,
+    virtual Result<void> UpdateColorConversionActiveKernel(const ColorProfileRef& inputSpace,
+                                                           const ColorProfileRef& outputSpace,
                                                            const String& functionName,
                                                            const String& functionNameInverse) noexcept = 0;
 };

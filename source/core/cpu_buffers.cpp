@@ -1,8 +1,8 @@
 // Global buffers and their links to kernels.
 #include <algorithm>
-#include <cstring>
 
 #include "core/buffer_source.h"
+#include "core/byte_range.h"
 #include "core/parallelprogram_cpu_impl.h"
 
 namespace norvi {
@@ -11,18 +11,6 @@ namespace {
 
 constexpr const char* EmptyBufferMessage =
     "Empty buffers are not allowed to be added. Please resize to the required size before storing.";
-
-/// Does the stretch [offset, offset + count) lie inside of `size`? Sums that overflow do not.
-Bool Fits(Int offset, Int count, Int size) {
-    Int end = 0;
-    return offset >= 0 && count >= 0 && !__builtin_add_overflow(offset, count, &end) && end <= size;
-}
-
-/// Copies a stretch that Fits; overlap is allowed.
-void CopyBytes(const void* source, void* target, Int bytes) {
-    if (bytes > 0)
-        std::memmove(target, source, static_cast<std::size_t>(bytes));
-}
 
 std::byte* ByteAt(const Array& array, Int byteOffset) {
     return static_cast<std::byte*>(array.GetElement(0)) + byteOffset;

@@ -60,6 +60,14 @@ Result<void> SetBuffer(KernelInterface& kernel, const InternedId& name, DataType
 
 } // namespace
 
+Result<void> SetTexture(KernelInterface& kernel, const InternedId& name, TextureSamplerDataHelper& texture) {
+    const KernelParameter* parameter = FindParameter(kernel, name);
+    if (parameter && !AcceptsTexture(parameter->type, texture))
+        return IllegalStateError(Format(
+            "texture '@' is of another kind than the kernel's parameter of type @", name, parameter->type));
+    return kernel.Set(name.ToString(), &texture);
+}
+
 Result<void> SetTypedParameter(KernelInterface& kernel, const InternedId& name, DataType type,
                                const void* data) {
     const KernelParameter* parameter = FindParameter(kernel, name);
@@ -123,8 +131,10 @@ Result<void> ParallelProgramCPUImpl::UpdateUniforms() noexcept {
             return NullPtrError("the active kernel has no kernel object");
         NORVI_TRY(UpdatePlainUniforms());
         NORVI_TRY(UpdateBuffers());
+        NORVI_TRY(UpdateTextures());
         NORVI_TRY(UpdateAtomicCounters());
-        return UpdateNoise();
+        NORVI_TRY(UpdateNoise());
+        return UpdateColorConversion();
     });
 }
 

@@ -1,5 +1,5 @@
 // Life of the program and its kernel table. The other operations stand in cpu_buffers.cpp, cpu_uniforms.cpp,
-// cpu_dispatch.cpp, cpu_formulas.cpp and cpu_textures.cpp.
+// cpu_dispatch.cpp, cpu_formulas.cpp, cpu_textures.cpp and cpu_color.cpp.
 #include "core/parallelprogram_cpu_impl.h"
 
 #include <algorithm>
@@ -102,6 +102,7 @@ Result<void> ParallelProgramCPUImpl::CopyKernel(const InternedId& sourceKernelId
         copy.bufferBindings = source.bufferBindings;
         copy.atomicBindings = source.atomicBindings;
         copy.uniforms = source.uniforms;
+        copy.textureBindings = source.textureBindings;
         copy.formulas = source.formulas;
         // Unlike AddKernel, a failure leaves the entry in the table.
         NORVI_TRY(CreateKernelObject(copy, source.kernel ? source.kernel->GetClass() : nullptr));
@@ -150,9 +151,11 @@ Result<void> ParallelProgramCPUImpl::Reset() noexcept {
     kernels_.clear();
     activeKernel_ = nullptr;
     activeKernelId_ = {};
+    textureStore_.clear();
     bufferStore_.clear();
     globalBuffers_.Clear();
     globalAtomics_.Clear();
+    globalTextures_.Clear();
     return OK;
 }
 

@@ -4,10 +4,13 @@
 #include <list>
 #include <unordered_map>
 
+#include <norvi/color_conversion.h>
 #include <norvi/formula_data.h>
 #include <norvi/host/noise.h>
 #include <norvi/kernelinterface.h>
 #include <norvi/parallelprogram.h>
+
+#include "sampling/kernelinterface_texture.h"
 
 namespace norvi {
 
@@ -36,6 +39,9 @@ struct KernelData {
     DataDictionary bufferBindings;
     DataDictionary uniforms;
     DataDictionary atomicBindings;
+    DataDictionary textureBindings;
+    /// What the kernel object's texture members point at, by parameter.
+    std::unordered_map<InternedId, std::shared_ptr<const SamplerEntry>> heldTextures;
     DataDictionary formulas;
     std::unordered_map<InternedId, BaseArray<FormulaData>> formulaStates; ///< one element for each worker
     Kernel::KernelRef kernel;
@@ -50,14 +56,17 @@ struct KernelData {
 /// The kernel's way of running ranges, or null.
 KernelRangeInterface* FindRangeInterface(KernelInterface& kernel);
 
+/// Sets the texture parameter `name`, which must be of a type that accepts this kind of texture: another one
+/// is an illegal-state error. A kernel without the parameter ignores it.
+Result<void> SetTexture(KernelInterface& kernel, const InternedId& name, TextureSamplerDataHelper& texture);
+
 /// Sets the parameter `name` from `data`, whose type must be the parameter's: another one is an illegal-state
 /// error. A kernel without the parameter ignores it.
 Result<void> SetTypedParameter(KernelInterface& kernel, const InternedId& name, DataType type,
                                const void* data);
 
 /// Kernels are objects of registered classes; nothing is parsed or compiled at run time. All dispatches have
-/// run to the end when they return. Textures are not implemented yet: their operations return the
-/// function-not-implemented error.
+/// run to the end when they return.
 class ParallelProgramCPUImpl final : public ParallelProgramInterface {
   public:
     ~ParallelProgramCPUImpl() override;
@@ -146,9 +155,9 @@ class ParallelProgramCPUImpl final : public ParallelProgramInterface {
     std::pair<Int, Int> GetAvailableAndTotalVRAMBudget() noexcept override;
     Bool HasTexture(const InternedId& attr) noexcept override;
     Bool HasBuffer(const InternedId& attr) noexcept override;
-    void SetRenderSpace(const ColorProfile& renderingSpace) noexcept override;
-    Result<void> UpdateColorConversionActiveKernel(const ColorProfile& inputSpace,
-                                                   const ColorProfile& outputSpace,
+    void SetRenderSpace(const ColorProfileRef& renderingSpace) noexcept override;
+    Result<void> UpdateColorConversionActiveKernel(const ColorProfileRef& inputSpace,
+                                                   const ColorProfileRef& outputSpace,
                                                    const String& functionName,
                                                    const String& functionNameInverse) noexcept override;
 
@@ -169,8 +178,12 @@ class ParallelProgramCPUImpl final : public ParallelProgramInterface {
     Result<void> UpdatePlainUniforms();
     Result<void> UpdateBuffers();
     Result<void> RefreshBuffers();
+    Result<void> UpdateTextures();
     Result<void> UpdateAtomicCounters();
     Result<void> UpdateNoise();
+    Result<void> UpdateColorConversion();
+    Result<void> MakeColorConverter(UInt64 hash, const ColorProfileRef& source,
+                                    const ColorProfileRef& target);
     static Result<void> AppendNoise(BaseArray<NoiseRef>& noises, Int32 mode, Int32 seed);
 
     Result<void> Dispatch1D(UInt32 count);
@@ -184,16 +197,21 @@ class ParallelProgramCPUImpl final : public ParallelProgramInterface {
 
     // Links are addresses of nodes, so nodes must never move.
     BufferList bufferStore_;
+    std::list<std::shared_ptr<SamplerEntry>> textureStore_;
     std::list<AtomicUInt32> atomicStore_;
     DataDictionary globalBuffers_;
     DataDictionary globalAtomics_;
+    DataDictionary globalTextures_;
     InternedId activeKernelId_;
     InternedId noiseDataId_;
     BaseArray<InternedId> noiseModeIds_;
     BaseArray<InternedId> noiseSeedIds_;
     KernelData* activeKernel_ = nullptr; ///< a value inside `kernels_`, which do not move
     std::unordered_map<InternedId, KernelData> kernels_;
-    ColorProfile renderSpace_;
+    ColorProfileRef renderSpace_;
+    // Kept across Reset: making a converter is slow.
+    std::unordered_map<UInt64, ColorProfileConvertRef> colorConverters_;
+    std::unordered_map<UInt64, ColorConversionFunction> colorFunctions_;
 };
 
 } // namespace norvi

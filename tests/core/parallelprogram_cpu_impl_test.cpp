@@ -205,7 +205,6 @@ TEST_F(KernelTableTest, WithoutActiveKernelItsOperationsFail) {
 TEST_F(KernelTableTest, WhatOnlyACardNeedsSucceeds) {
     program->WaitForKernelCompile();
     program->ReloadKernels();
-    program->SetRenderSpace(ColorProfile("linear"));
     EXPECT_OK(program->Execute(false));
     EXPECT_OK(program->WaitForKernelCompileError());
     EXPECT_OK(program->SetTextureOutOfCoreDeleteOrder({"t"}));
@@ -228,31 +227,6 @@ TEST_F(KernelTableTest, WhatOnlyACardNeedsSucceeds) {
     program->GetSupportReadWritePixelFormats(with16, with8);
     EXPECT_FALSE(with16);
     EXPECT_TRUE(with8);
-}
-
-TEST_F(KernelTableTest, TexturesAreNotImplemented) {
-    AddKernel("doubler");
-    TextureBindData texture;
-    const auto row = [](const char* name, std::function<Result<void>(ParallelProgramInterface&)> call) {
-        return FailingCall{
-            name, std::move(call), errorkind::FunctionNotImplemented,
-            Format("@ is not implemented: the program on the processor has no textures yet", name)};
-    };
-    ExpectFailures(
-        *program,
-        {row("SetTextureToActiveKernelSameId",
-             [](auto& p) { return p.SetTextureToActiveKernelSameId("t", true); }),
-         row("SetTextureToActiveKernel", [](auto& p) { return p.SetTextureToActiveKernel("t", "u", true); }),
-         row("StoreTextureBindData", [&](auto& p) { return p.StoreTextureBindData("t", texture, false); }),
-         row("CreateTexture", [&](auto& p) { return p.CreateTexture("t", texture); }),
-         row("UpdateTextureBindData", [&](auto& p) { return p.UpdateTextureBindData("t", texture); }),
-         row("SetKernelTextureLink", [](auto& p) { return p.SetKernelTextureLink("t", {}); }),
-         row("GetTextureData", [](auto& p) { return WithoutValue(p.GetTextureData("t", {}, {})); }),
-         row("CopyTextureBytes", [](auto& p) { return p.CopyTextureBytes("t", "u", 1, 0, 0); }),
-         row("SwapTextures", [](auto& p) { return p.SwapTextures("t", "u"); }),
-         row("DeleteTexture", [](auto& p) { return p.DeleteTexture("t", false); }),
-         row("UpdateColorConversionActiveKernel",
-             [](auto& p) { return p.UpdateColorConversionActiveKernel({}, {}, "f", "g"); })});
 }
 
 TEST(ProgramObject, IsMadeByItsClassAndCannotBeCopied) {

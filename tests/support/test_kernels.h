@@ -6,6 +6,7 @@
 #include <norvi/host/registry.h>
 #include <norvi/kernel/calls.h>
 #include <norvi/kernel/kernel_base.h>
+#include <norvi/kernel/texture.h>
 
 #include "support/program_test.h"
 
@@ -51,6 +52,54 @@ class Doubler final : public KernelOf<Doubler> {
   private:
     Block<UInt32> data_;
     UInt32 scale_ = 0;
+};
+
+/// Writes the first channel of the texture's texel x to data[x].
+class TexelReader final : public KernelOf<TexelReader> {
+  public:
+    Result<void> Init() noexcept override {
+        return CatchOutOfMemory([&]() -> Result<void> {
+            AddParameter("data", data_);
+            AddParameter("texture", texture_);
+            SetWorkGroupSize({1, 1, 1});
+            return OK;
+        });
+    }
+    Result<void> Kernel(const Vec3<UInt32>& global, const Vec3<UInt32>&, const Vec3<UInt32>&) override {
+        if (global.x < data_.GetCount())
+            data_[global.x] = kernel::LoadTexture(texture_, static_cast<int>(global.x)).x;
+        return OK;
+    }
+
+  private:
+    Block<Float32> data_;
+    TextureSamplerObj_1D_R_F32_LINEAR texture_;
+};
+
+/// Converts the one colour in data, there and back.
+class ColorConverter final : public KernelOf<ColorConverter> {
+  public:
+    Result<void> Init() noexcept override {
+        return CatchOutOfMemory([&]() -> Result<void> {
+            AddParameter("data", data_);
+            AddParameter("there", there_);
+            AddParameter("back", back_);
+            SetWorkGroupSize({1, 1, 1});
+            return OK;
+        });
+    }
+    Result<void> Kernel(const Vec3<UInt32>&, const Vec3<UInt32>&, const Vec3<UInt32>&) override {
+        const auto there = there_(&data_[0]);
+        const auto back = back_(there.rgb);
+        std::copy_n(there.rgb, 3, &data_[3]);
+        std::copy_n(back.rgb, 3, &data_[6]);
+        return OK;
+    }
+
+  private:
+    Block<Float32> data_;
+    ColorConversionFunction there_;
+    ColorConversionFunction back_;
 };
 
 /// What one invocation saw.
