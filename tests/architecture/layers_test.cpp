@@ -26,6 +26,9 @@ constexpr Layer layers[] = {
     {"kernels/", 3},
     {"include/norvi/kernel/", 3},
     {"include/norvi/", 2},
+    {"source/sampling/", 3},
+    {"source/shaderparser/", 3},
+    {"source/drawport/", 4},
     {"source/core/", 4},
     {"source/module/", 5},
     {"tools/", 6},
@@ -46,9 +49,10 @@ struct Library {
 };
 
 constexpr Library libraries[] = {
-    {"tbb/", "source/host/thread_services.cpp"}, {"CLI/", "tools/norvi/"},
-    {"OpenImageIO/", "tools/norvi/picture.cpp"}, {"nlohmann/", "tools/norvi/"},
-    {"dlfcn.h", "source/host/module.cpp"},
+    {"tbb/", "source/host/thread_services.cpp"},    {"CLI/", "tools/norvi/"},
+    {"OpenImageIO/", "tools/norvi/picture.cpp"},    {"nlohmann/", "tools/norvi/"},
+    {"dlfcn.h", "source/host/module.cpp"},          {"OpenColorIO/", "source/host/colour/"},
+    {"openssl/", "source/host/stream_conversion/"},
 };
 
 struct Include {

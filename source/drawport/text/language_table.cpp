@@ -1,0 +1,12 @@
+#include "language_table.h"
+
+namespace norvi {
+
+const ShaderLanguage* FindShaderLanguage(const Id& language) {
+    for (const ShaderLanguage* table : {&glslLanguage})
+        if (language == table->id)
+            return table;
+    return nullptr;
+}
+
+} // namespace norvi

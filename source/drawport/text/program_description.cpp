@@ -1,0 +1,116 @@
+#include "program_description.h"
+
+#include <algorithm>
+#include <array>
+
+#include <norvi/host/text.h>
+
+#include "shaderparser/shaderparser.h"
+#include "shaderparser/signature.h"
+#include "shaderparser/type_names.h"
+
+namespace norvi {
+
+namespace {
+
+MappedText DescribeStruct(const StructEntry& entry) {
+    MappedText text;
+    text.text = Format("struct @ { ", entry.name);
+    text.lines.push_back(entry.lineOrigins.front());
+    for (size_t i = 0; i < entry.lines.size(); ++i) {
+        text.text += i > 0 ? "\n" + entry.lines[i] : entry.lines[i];
+        text.lines.push_back(entry.lineOrigins[i]);
+    }
+    text.text += " };\n";
+    text.lines.push_back(entry.lineOrigins.back());
+    return text;
+}
+
+Result<MappedText> DescribeFunction(const InlineFunctionEntry& function, const ShaderParser& parser) {
+    CString name, returnType;
+    BaseArray<FunctionParameterEntry> parameters;
+    NORVI_TRY(ParseSignature(function.signature, name, returnType, parameters));
+    NORVI_TRY_VALUE(text, BuildFunctionText(name, returnType, parameters, function.text.text,
+                                            parser.GetLanguage().GetHashCode()));
+    MappedText mapped;
+    mapped.text = std::move(text);
+    mapped.lines.push_back(function.origin);
+    mapped.lines.insert(mapped.lines.end(), function.text.lines.begin(), function.text.lines.end());
+    return mapped;
+}
+
+Result<void> DescribeFunctions(const ShaderParser& parser, ProgramDescription& program) {
+    for (const InlineFunctionEntry& function : parser.GetInlineFunctions()) {
+        auto text = DescribeFunction(function, parser);
+        if (!text)
+            return AtPlace(Failure(text.TakeError()),
+                           parser.GetSourceFiles()[function.origin.file].url.ToString(),
+                           function.origin.line);
+        program.functions.push_back(std::move(*text));
+    }
+    return OK;
+}
+
+void DescribeParameter(const KernelParameterEntry& entry, const Id& language, ProgramDescription& program) {
+    if (entry.type == DataType::Of<AtomicUInt32>()) {
+        program.counters.push_back(entry.name);
+    } else if (entry.type) {
+        program.uniforms.push_back(
+            {MapDataTypeToShaderName(entry.type, entry.elementTypeName, language), entry.name});
+    } else {
+        const CString element =
+            MapDataTypeToShaderName(MapTypeName(entry.elementTypeName), entry.elementTypeName, language);
+        program.buffers.push_back(
+            {element, entry.name, (entry.qualifier & KernelParameterEntry::Const) != 0});
+    }
+}
+
+/// "net.norvi.image.pixelformat.dynamic.redgreenf32" has two channels of the format "f32".
+ShaderTexture DescribeTexture(const KernelTextureEntry& entry) {
+    static constexpr std::string_view prefix = "net.norvi.image.pixelformat.";
+    static constexpr std::array<std::string_view, 4> channels = {"dynamic.red", "dynamic.redgreen", "rgb.",
+                                                                 "rgba."};
+    ShaderTexture texture;
+    texture.name = entry.name;
+    texture.dimensions = entry.textureKind == 1 ? 1 : entry.textureKind == 6 ? 2 : 3;
+    texture.isImage = entry.isConst == 0;
+    const std::string_view id = std::string_view(entry.pixelFormat.ToString()).substr(prefix.size());
+    for (UInt32 i = 0; i < channels.size(); ++i)
+        if (id.starts_with(channels[i])) {
+            texture.channelCount = i + 1;
+            texture.format = id.substr(channels[i].size());
+        }
+    return texture;
+}
+
+/// The marks of noise must not reach a compiler.
+MappedText WithoutNoiseMarks(MappedText text) {
+    static constexpr std::string_view mark = "ADDNOISECALL";
+    for (size_t found = text.text.find(mark); found != String::npos; found = text.text.find(mark, found))
+        text.text.erase(found, mark.size());
+    return text;
+}
+
+} // namespace
+
+Result<ProgramDescription> DescribeProgram(const ShaderParser& parser) {
+    return CatchOutOfMemory([&]() -> Result<ProgramDescription> {
+        ProgramDescription program;
+        program.defines = parser.GetDefines();
+        for (const StructEntry& entry : parser.GetStructs())
+            program.structs.push_back(DescribeStruct(entry));
+        for (const KernelParameterEntry& entry : parser.GetParameters())
+            DescribeParameter(entry, parser.GetLanguage(), program);
+        for (const KernelTextureEntry& entry : parser.GetTextures())
+            program.textures.push_back(DescribeTexture(entry));
+        program.hasNoise = parser.GetNoiseCallCount() > 0;
+        NORVI_TRY(DescribeFunctions(parser, program));
+        program.groupShared = parser.GetGroupSharedDeclarations();
+        program.globals = parser.GetGlobalBlocks();
+        program.body = WithoutNoiseMarks(parser.GetKernelText());
+        program.groupSize = parser.GetWorkGroupSize();
+        return program;
+    });
+}
+
+} // namespace norvi

@@ -1,0 +1,18 @@
+// Names of texture types such as TextureSampler_2D_RGBA_F32_LINEAR.
+#pragma once
+
+#include <optional>
+
+#include "shader_pieces.h"
+
+namespace norvi {
+
+/// The texture that a type name describes, without name and access. Nothing for a name that is malformed, has
+/// an unknown dimension or filter. Channels and format that do not go together are an illegal-argument error.
+Result<std::optional<KernelTextureEntry>> ReadTextureType(std::string_view typeName);
+
+/// The framework's pixel format for 1 to 4 channels in the format "F32", "F16", "U8", "U16", "U32" or "S32";
+/// no type for any other pair.
+DataType GetPixelFormat(size_t channelCount, std::string_view format);
+
+} // namespace norvi
