@@ -16,8 +16,7 @@ class DemoTest : public testing::Test {
   protected:
     DemoTest() {
         LoadedContext();
-        options_.settings.width = 64;
-        options_.settings.height = 48;
+        options_.settings.size = {64, 48};
         options_.steps = 30;
         options_.outputFolder = folder_.File("out");
     }
@@ -64,7 +63,8 @@ TEST_F(DemoTest, AnyNumberOfWorkersGivesTheSamePixels) {
     for (const Int workers : {1, 3}) {
         JobQueue::SetThreadCount(workers);
         const auto& settings = options_.settings;
-        auto simulation = ReactionDiffusion::New(settings, SpiralPicture(settings.width, settings.height));
+        auto simulation =
+            ReactionDiffusion::New(settings, SpiralPicture(settings.size.width, settings.size.height));
         ASSERT_TRUE(simulation) << simulation.GetError().ToString();
         for (int i = 0; i < 50; ++i)
             ASSERT_TRUE(simulation->Step());
@@ -118,11 +118,13 @@ TEST_F(DemoTest, WrongOptionsAreFoundBeforeAnythingIsWritten) {
     };
     using Options = ReactionDiffusionOptions;
     const Case cases[] = {
-        {[](Options& o) { o.settings.width = 2; }, "--size '2x48': a grid has at least 3 x 3 cells"},
-        {[](Options& o) { o.settings.height = -5; }, "--size '64x-5': a grid has at least 3 x 3 cells"},
-        {[](Options& o) { o.settings.height = 16385; },
+        {[](Options& o) { o.settings.size.width = 2; }, "--size '2x48': a grid has at least 3 x 3 cells"},
+        {[](Options& o) { o.settings.size.height = -5; }, "--size '64x-5': a grid has at least 3 x 3 cells"},
+        {[](Options& o) { o.settings.size.height = 16385; },
          "--size '64x16385': a grid has at most 16384 cells on a side and 67108864 in all"},
-        {[](Options& o) { o.settings.width = o.settings.height = 16384; },
+        {[](Options& o) {
+             o.settings.size = {16384, 16384};
+         },
          "--size '16384x16384': a grid has at most 16384 cells on a side and 67108864 in all"},
         {[](Options& o) { o.settings.kill = 1.5f; }, "--kill '1.5': a kill rate lies between 0 and 1"},
         {[](Options& o) { o.settings.feed = "0.03+0.02*sni(value)"; },
@@ -165,13 +167,13 @@ TEST_F(DemoTest, AFolderThatCannotBeWrittenToIsAnError) {
 }
 
 TEST_F(DemoTest, SizesAreReadAsWidthAndHeight) {
-    ReactionDiffusionSettings settings;
-    ASSERT_TRUE(ParseSize("640x480", settings));
-    EXPECT_EQ(settings.width, 640);
-    EXPECT_EQ(settings.height, 480);
+    const auto size = ParseSize("640x480");
+    ASSERT_TRUE(size);
+    EXPECT_EQ(size->width, 640);
+    EXPECT_EQ(size->height, 480);
     for (const char* text :
          {"", "640", "x", "640x", "x480", "640x480x1", "640 x 480", "6e2x480", "640X480"}) {
-        const auto result = ParseSize(text, settings);
+        const auto result = ParseSize(text);
         ASSERT_FALSE(result) << text;
         EXPECT_EQ(result.GetError().GetMessage(),
                   String("--size '") + text + "': a width and a height are needed, as in 1024x768");
@@ -186,9 +188,9 @@ TEST_F(DemoTest, AnInterruptIsRememberedWhileTheScopeLives) {
 }
 
 TEST_F(DemoTest, ReportsAreTables) {
-    ReactionDiffusionReport report{400, 1'000'000, 20'000'000, 0.5, 1234, {}};
+    const ReactionDiffusionReport report{{400, 0.5, {}, {}}, 1'000'000, 20'000'000, 1234};
     options_.steps = 400;
-    options_.settings.width = options_.settings.height = 1002;
+    options_.settings.size = {1002, 1002};
     JobQueue::SetThreadCount(2);
     EXPECT_EQ(ReportText(report, options_), "grid          1002 x 1002 cells\n"
                                             "steps         400\n"

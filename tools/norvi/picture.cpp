@@ -70,20 +70,20 @@ class TemporaryFile {
     std::filesystem::path path_;
 };
 
-Bool HoldsFloats(const std::filesystem::path& path) {
-    String suffix = path.extension().string();
-    std::transform(suffix.begin(), suffix.end(), suffix.begin(),
-                   [](unsigned char c) { return std::tolower(c); });
-    static constexpr const char* floatSuffixes[] = {".exr", ".hdr", ".rgbe"};
-    return std::find(std::begin(floatSuffixes), std::end(floatSuffixes), suffix) != std::end(floatSuffixes);
-}
-
 OIIO::ImageSpec SpecOf(const Picture& picture, OIIO::TypeDesc type) {
     return OIIO::ImageSpec(static_cast<int>(picture.width), static_cast<int>(picture.height),
                            static_cast<int>(picture.channels), type);
 }
 
 } // namespace
+
+Bool HoldsFloats(const String& path) {
+    String suffix = std::filesystem::path(path).extension().string();
+    std::transform(suffix.begin(), suffix.end(), suffix.begin(),
+                   [](unsigned char c) { return std::tolower(c); });
+    static constexpr const char* floatSuffixes[] = {".exr", ".hdr", ".rgbe"};
+    return std::find(std::begin(floatSuffixes), std::end(floatSuffixes), suffix) != std::end(floatSuffixes);
+}
 
 Result<Picture> ReadPicture(const String& path) {
     return CatchOutOfMemory([&]() -> Result<Picture> {

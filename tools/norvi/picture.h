@@ -13,6 +13,9 @@ struct Picture {
     BaseArray<Float32> pixels;
 };
 
+/// Does the suffix of the file's name stand for a format that keeps floats (EXR and the like)?
+Bool HoldsFloats(const String& path);
+
 /// An unreadable file, or one without pixels, is an illegal-argument error that names the file and the
 /// reason.
 Result<Picture> ReadPicture(const String& path);

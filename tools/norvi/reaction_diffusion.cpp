@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include <norvi/host/formula.h>
+#include <fmt/format.h>
 
 #include "norvi/argument_text.h"
 
@@ -49,49 +49,13 @@ Result<ArrayRef> MakePalette() {
     return ArrayRef::NewBaseArray(DataType::Of<Vector32>(), colors.data(), PaletteSize);
 }
 
-Result<void> CompileFormula(const String& text) {
-    const Float value = 0;
-    const Int32 seed = 0;
-    NORVI_TRY_VALUE(parser, FormulaParser::Alloc());
-    NORVI_TRY(parser->AddFloatVariable("value", &value, 1));
-    NORVI_TRY(parser->AddIntVariable("seed", &seed, 1));
-    FormulaParserCacheRef cache;
-    return parser->CalculateParserCache(cache, text, FormulaParser::AngleRadians, 1, 10, false);
-}
-
-/// The formula as it is typed, so that positions are those that the user sees, and as the program will run
-/// it.
-Result<void> CheckFormula(const String& text) {
-    auto result = CompileFormula(text);
-    if (result) {
-        NORVI_TRY_VALUE(seeded, InjectSeed(text, "seed"));
-        result = CompileFormula(seeded);
-    }
-    if (!result)
-        return ArgumentError("--feed", text, result.GetError().GetMessage());
-    return OK;
-}
-
-Result<void> CheckSize(Int width, Int height) {
-    using Limits = ReactionDiffusionSettings;
-    const String text = Format("@x@", width, height);
-    if (width < Limits::MinSide || height < Limits::MinSide)
-        return ArgumentError("--size", text,
-                             Format("a grid has at least @ x @ cells", Limits::MinSide, Limits::MinSide));
-    if (width > Limits::MaxSide || height > Limits::MaxSide || width * height > Limits::MaxCells)
-        return ArgumentError(
-            "--size", text,
-            Format("a grid has at most @ cells on a side and @ in all", Limits::MaxSide, Limits::MaxCells));
-    return OK;
-}
-
 } // namespace
 
 Result<void> CheckSettings(const ReactionDiffusionSettings& settings) {
-    NORVI_TRY(CheckSize(settings.width, settings.height));
+    NORVI_TRY(CheckSize(settings.size, ReactionDiffusionSettings::Limits));
     if (!(settings.kill >= 0 && settings.kill <= 1))
         return ArgumentError("--kill", ToText(settings.kill), "a kill rate lies between 0 and 1");
-    return CheckFormula(settings.feed);
+    return CheckFormula("--feed", settings.feed);
 }
 
 Picture SpiralPicture(Int width, Int height) {
@@ -115,7 +79,7 @@ Picture SpiralPicture(Int width, Int height) {
 }
 
 ReactionDiffusion::ReactionDiffusion(ParallelProgramRef program, const ReactionDiffusionSettings& settings)
-    : program_(std::move(program)), width_(settings.width), height_(settings.height) {}
+    : program_(std::move(program)), width_(settings.size.width), height_(settings.size.height) {}
 
 Result<ReactionDiffusion> ReactionDiffusion::New(const ReactionDiffusionSettings& settings,
                                                  const Picture& brightness) {
@@ -240,6 +204,11 @@ Result<Picture> ReactionDiffusion::Render() {
     NORVI_TRY_VALUE(colors, data.GetAs<ArrayRef>());
     const auto* first = static_cast<const Float32*>(colors->GetElement(0));
     return Picture{width_, height_, 3, BaseArray<Float32>(first, first + 3 * GetCellCount())};
+}
+
+Result<String> ReactionDiffusion::MakeNote() {
+    NORVI_TRY_VALUE(liveCells, CountLiveCells());
+    return fmt::format("{} live", liveCells);
 }
 
 Int ReactionDiffusion::GetBytesPerStep() const {

@@ -3,16 +3,15 @@
 
 #include <norvi/parallelprogram.h>
 
-#include "norvi/picture.h"
+#include "norvi/demo_job.h"
 #include "norvi/run_arguments.h"
 
 namespace norvi {
 
 struct ReactionDiffusionSettings {
-    static constexpr Int MinSide = 3, MaxSide = 16384, MaxCells = Int{1} << 26;
+    static constexpr GridLimits Limits{3, 16384, Int{1} << 26};
 
-    Int width = 1024;
-    Int height = 1024;
+    GridSize size{1024, 1024};
     /// A formula that gives the feed rate for `value`, the brightness of the cell in the seed picture.
     String feed = "0.021+0.033*value";
     Float32 kill = 0.0606f;
@@ -27,18 +26,19 @@ Result<void> CheckSettings(const ReactionDiffusionSettings& settings);
 Picture SpiralPicture(Int width, Int height);
 
 /// Two concentrations on a grid: u is fed everywhere, v eats u and decays. Used by one thread.
-class ReactionDiffusion {
+class ReactionDiffusion final : public DemoSimulation {
   public:
     /// @param brightness one channel, of the settings' size; v is sown where it is bright.
     static Result<ReactionDiffusion> New(const ReactionDiffusionSettings& settings,
                                          const Picture& brightness);
 
-    /// One time step.
-    Result<void> Step();
+    Result<void> Step() override;
+    /// The concentrations in colour.
+    Result<Picture> Render() override;
+    /// The live cells.
+    Result<String> MakeNote() override;
     /// How many cells hold v above a tenth.
     Result<UInt32> CountLiveCells();
-    /// The concentrations in colour.
-    Result<Picture> Render();
 
     /// What one step reads and writes at least, in bytes.
     Int GetBytesPerStep() const;
