@@ -9,6 +9,7 @@
 
 #include "norvi/argument_text.h"
 #include "norvi/element_type.h"
+#include "norvi/texture_kind.h"
 
 namespace norvi {
 
@@ -20,7 +21,7 @@ struct RoleWords {
 };
 
 constexpr RoleWords roleWords[] = {
-    {"buffer", "--buffer"},   {"uniform", "--uniform"}, {"formula", "--formula"},
+    {"buffer", "--buffer"},   {"texture", "--texture"}, {"uniform", "--uniform"}, {"formula", "--formula"},
     {"counter", "--counter"}, {"noise", "--noise"},     {"other", nullptr},
 };
 static_assert(std::size(roleWords) == static_cast<std::size_t>(ParameterRole::Unsupported) + 1);
@@ -34,6 +35,8 @@ ParameterRole RoleOf(DataType type) {
         return ParameterRole::Noise;
     if (type->kind == DataTypeKind::Block && type.GetElementType()->isTrivial)
         return ParameterRole::Buffer;
+    if (FindTextureKind(type))
+        return ParameterRole::Texture;
     return FindElementType(type) ? ParameterRole::Uniform : ParameterRole::Unsupported;
 }
 
@@ -54,6 +57,8 @@ const char* RoleOption(ParameterRole role) {
 String KernelParameterInfo::GetTypeText() const {
     if (role == ParameterRole::Buffer)
         return "buffer of " + ElementTypeName(type.GetElementType());
+    if (role == ParameterRole::Texture)
+        return String("texture ") + FindTextureKind(type)->name;
     return role == ParameterRole::Uniform ? ElementTypeName(type) : RoleName(role);
 }
 

@@ -6,7 +6,7 @@
 namespace norvi {
 
 /// What a parameter takes.
-enum class ParameterRole { Buffer, Uniform, Formula, Counter, Noise, Unsupported };
+enum class ParameterRole { Buffer, Texture, Uniform, Formula, Counter, Noise, Unsupported };
 
 /// "buffer", "uniform" and so on.
 const char* RoleName(ParameterRole role);
@@ -18,7 +18,7 @@ struct KernelParameterInfo {
     DataType type;
     ParameterRole role;
 
-    /// "float32"; for buffers "buffer of float32".
+    /// "float32"; for buffers "buffer of float32"; for textures "texture 2D_RGBA_F32_LINEAR".
     String GetTypeText() const;
 };
 

@@ -11,6 +11,7 @@
 #include "norvi/fault_guard.h"
 #include "norvi/output_file.h"
 #include "norvi/progress.h"
+#include "norvi/texture_contents.h"
 
 namespace norvi {
 
@@ -34,6 +35,7 @@ Result<void> KernelRun::Run() {
     NORVI_TRY(program_->AddKernel("kernel", plan_.kernel.name, true, {}));
     program_->SetActiveKernel("kernel");
     NORVI_TRY(CreateBuffers());
+    NORVI_TRY(CreateTextures());
     NORVI_TRY(CheckOutputs());
     NORVI_TRY(BindAll());
     NORVI_TRY(RunSteps());
@@ -55,6 +57,20 @@ Result<void> KernelRun::CreateBuffers() {
     return OK;
 }
 
+Result<void> KernelRun::CreateTextures() {
+    for (const PlannedTexture& planned : plan_.textures) {
+        NORVI_TRY_VALUE(contents, LoadTextureContents(planned));
+        NORVI_TRY(program_->StoreTextureBindData(planned.argument.name, contents.description, false));
+        textureBytes_ += contents.description._size;
+    }
+    return OK;
+}
+
+Result<std::shared_ptr<SamplingData>> KernelRun::ReadTexture(const String& name) {
+    NORVI_TRY_VALUE(data, program_->GetTextureData(name, {}, {}));
+    return data.GetAs<std::shared_ptr<SamplingData>>();
+}
+
 const KernelRun::Buffer& KernelRun::OutputBuffer(const OutputArgument& output) {
     const NamePair* binding = plan_.FindBinding(output.name);
     const String& name = binding ? binding->second : output.name;
@@ -64,6 +80,11 @@ const KernelRun::Buffer& KernelRun::OutputBuffer(const OutputArgument& output) {
 
 Result<void> KernelRun::CheckOutputs() {
     for (const OutputArgument& output : plan_.outputs) {
+        if (plan_.FindTexture(output.name)) {
+            NORVI_TRY_VALUE(texture, ReadTexture(output.name));
+            NORVI_TRY(CheckOutput(output, TextureElementType(*texture), TextureShape(*texture)));
+            continue;
+        }
         const Buffer& buffer = OutputBuffer(output);
         NORVI_TRY(CheckOutput(output, buffer.type, buffer.shape));
     }
@@ -71,6 +92,8 @@ Result<void> KernelRun::CheckOutputs() {
 }
 
 Result<void> KernelRun::BindAll() {
+    for (const PlannedTexture& texture : plan_.textures)
+        NORVI_TRY(program_->SetTextureToActiveKernelSameId(texture.argument.name, false));
     for (const NamePair& binding : plan_.bindings)
         NORVI_TRY(program_->SetBufferToActiveKernel(binding.second, binding.first));
     for (const PlannedUniform& uniform : plan_.uniforms)
@@ -118,6 +141,13 @@ Result<void> KernelRun::RunSteps() {
 
 Result<void> KernelRun::Swap() {
     for (const NamePair& swap : plan_.swaps) {
+        if (plan_.FindTexture(swap.first)) {
+            NORVI_TRY(program_->SwapTextures(swap.first, swap.second));
+            // A kernel keeps the texture that it was given, whatever its name is now.
+            NORVI_TRY(program_->SetTextureToActiveKernelSameId(swap.first, false));
+            NORVI_TRY(program_->SetTextureToActiveKernelSameId(swap.second, false));
+            continue;
+        }
         NORVI_TRY(program_->SwapBuffers(swap.first, swap.second));
         std::swap(plan_.FindBinding(swap.first)->second, plan_.FindBinding(swap.second)->second);
     }
@@ -150,6 +180,12 @@ Result<void> KernelRun::WriteOutputs(Int step, Bool isLast) {
     for (const OutputArgument& output : plan_.outputs) {
         if (!isLast && !output.HasStep())
             continue;
+        if (plan_.FindTexture(output.name)) {
+            NORVI_TRY_VALUE(texture, ReadTexture(output.name));
+            NORVI_TRY(WriteOutput(output, step, TextureElementType(*texture), TextureShape(*texture),
+                                  texture->_data));
+            continue;
+        }
         const Buffer& buffer = OutputBuffer(output);
         NORVI_TRY_VALUE(data, program_->GetGlobalBufferData(buffer.name));
         NORVI_TRY_VALUE(array, data.GetAs<ArrayRef>());
@@ -167,7 +203,7 @@ Result<void> KernelRun::PrintCounters() {
 }
 
 Int KernelRun::GetBoundBytes() const {
-    Int bytes = 0;
+    Int bytes = textureBytes_;
     // Every buffer is bound to a parameter, some to several.
     for (const Buffer& buffer : buffers_)
         bytes += buffer.count * buffer.type->size;
@@ -185,7 +221,7 @@ void KernelRun::PrintSummary() const {
     PrintLine("time", fmt::format("{:.3f} ms", seconds * 1e3));
     PrintLine("rate", fmt::format("{:.4g} million invocations/s",
                                   static_cast<double>(plan_.invocations) * steps / seconds * 1e-6));
-    PrintLine("memory", fmt::format("{:.4g} GB/s, {} bytes of buffers once a step",
+    PrintLine("memory", fmt::format("{:.4g} GB/s, {} bytes of buffers and textures once a step",
                                     static_cast<double>(bytes) * steps / seconds * 1e-9, bytes));
     PrintLine("workers", ToText(JobQueue::GetThreadCount()));
 }

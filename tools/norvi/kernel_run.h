@@ -24,6 +24,7 @@ class KernelRun {
     };
 
     Result<void> CreateBuffers();
+    Result<void> CreateTextures();
     Result<void> CheckOutputs();
     Result<void> BindAll();
     Result<void> RunSteps();
@@ -34,12 +35,14 @@ class KernelRun {
     Result<void> PrintCounters();
     void PrintSummary() const;
     const Buffer& OutputBuffer(const OutputArgument& output);
+    Result<std::shared_ptr<SamplingData>> ReadTexture(const String& name);
     Int GetBoundBytes() const;
 
     RunPlan plan_;
     Bool isQuiet_;
     ParallelProgramRef program_;
     BaseArray<Buffer> buffers_;
+    Int textureBytes_ = 0;
     double seconds_ = 0; ///< spent in dispatches
 };
 

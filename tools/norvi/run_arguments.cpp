@@ -34,12 +34,6 @@ String LowerSuffix(std::string_view file) {
     return suffix;
 }
 
-Bool IsPictureName(std::string_view file) {
-    const String suffix = LowerSuffix(file);
-    return std::find(std::begin(pictureSuffixes), std::end(pictureSuffixes), suffix) !=
-           std::end(pictureSuffixes);
-}
-
 Bool IsFileName(std::string_view text) {
     return LowerSuffix(text) == ArraySuffix || IsPictureName(text);
 }
@@ -49,21 +43,6 @@ String FileKinds() {
     for (std::string_view suffix : pictureSuffixes)
         text += (suffix == std::end(pictureSuffixes)[-1] ? " or " : ", ") + String(suffix);
     return text;
-}
-
-/// "100" or "40x30"; nothing unless all sizes are positive and their product is a number of elements that can
-/// be.
-std::optional<BaseArray<Int>> ParseSizes(std::string_view text, char separator) {
-    BaseArray<Int> sizes;
-    Int product = 1;
-    for (const String& part : SplitText(text, separator)) {
-        const auto size = ParseInt(part);
-        if (!size || *size < 1 || *size > MostElements / product)
-            return std::nullopt;
-        product *= *size;
-        sizes.push_back(*size);
-    }
-    return sizes;
 }
 
 Result<void> ParseFileSource(const String& text, const String& value, BufferArgument& buffer) {
@@ -102,6 +81,25 @@ Result<void> ParseZeroSource(const String& text, const String& value, BufferArgu
 }
 
 } // namespace
+
+Bool IsPictureName(std::string_view file) {
+    const String suffix = LowerSuffix(file);
+    return std::find(std::begin(pictureSuffixes), std::end(pictureSuffixes), suffix) !=
+           std::end(pictureSuffixes);
+}
+
+std::optional<BaseArray<Int>> ParseSizes(std::string_view text, char separator) {
+    BaseArray<Int> sizes;
+    Int product = 1;
+    for (const String& part : SplitText(text, separator)) {
+        const auto size = ParseInt(part);
+        if (!size || *size < 1 || *size > MostElements / product)
+            return std::nullopt;
+        product *= *size;
+        sizes.push_back(*size);
+    }
+    return sizes;
+}
 
 Bool BufferArgument::IsPicture() const {
     return IsPictureName(file);

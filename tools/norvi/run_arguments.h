@@ -71,6 +71,12 @@ Result<NamePair> ParseSwap(const String& text);
 /// X, XxY or XxYxZ, also with commas.
 Result<Vec3<UInt32>> ParseGrid(const String& text);
 
+/// Has the file's name a suffix of pictures?
+Bool IsPictureName(std::string_view file);
+/// "100" or "40x30"; nothing unless all sizes are positive and their product is a number of elements that can
+/// be.
+std::optional<BaseArray<Int>> ParseSizes(std::string_view text, char separator);
+
 /// The option of a kind: "--fill".
 const char* InitialOption(InitialValues kind);
 

@@ -18,6 +18,9 @@ constexpr ListOption listOptions[] = {
     {"--buffer", "NAME=SOURCE", &RunOptions::buffers,
      "A buffer: TYPE:COUNT or kernel:COUNT for zeros (COUNT may be WxH; kernel takes the parameter's type), "
      "FILE.npy, or a picture with :rgb or :luminance behind it if need be"},
+    {"--texture", "NAME=SOURCE", &RunOptions::textures,
+     "A texture: a picture, or WxH for zeros; behind it may stand "
+     ":wrap=repeat|clamp|border|none,normalized,srgb"},
     {"--bind", "PARAMETER=BUFFER", &RunOptions::bindings, "Binds a buffer of another name to a parameter"},
     {"--fill", "NAME=VALUE", &RunOptions::fills, "Fills a buffer with a value (V or V,V,... for vectors)"},
     {"--ramp", "NAME=FROM:TO", &RunOptions::ramps, "Fills a buffer with evenly spaced values"},
@@ -27,7 +30,8 @@ constexpr ListOption listOptions[] = {
     {"--formula", "NAME=TEXT", &RunOptions::formulas, "A formula; grids of one dimension only"},
     {"--counter", "NAME[=START]", &RunOptions::counters, "An atomic counter; printed at the end"},
     {"--noise", "MODE:SEED", &RunOptions::noises, "The kernel's next noise; MODE is a number or a name"},
-    {"--swap", "A,B", &RunOptions::swaps, "Exchanges the buffers of two parameters between steps"},
+    {"--swap", "A,B", &RunOptions::swaps,
+     "Exchanges the buffers or textures of two parameters between steps"},
     {"--output", "NAME=FILE", &RunOptions::outputs,
      "Writes what is bound to a parameter: FILE.npy, or a picture with :WxH[:BLACK:WHITE] behind it; {step} "
      "in the "
@@ -74,6 +78,9 @@ void AddRunCommand(CLI::App& app, CommandContext& context) {
         "result=noise.png "
         "--swap temperature,result --uniform width=320 --uniform height=200 --uniform diffusion=0.2 "
         "--output-every 100 --output \"result=heat-{step}.png\"",
+        "norvi run resample --grid 480x300 --texture picture=noise.png:normalized,wrap=border --texture "
+        "result=480x300 "
+        "--uniform angle=0.3 --uniform zoom=0.8 --output result=turned.png",
         "norvi run apply_formula --grid 1000 --buffer values=float32:1000 --ramp values=0:6.28 "
         "--buffer result=float32:1000 --uniform count=1000 --uniform randomSeed=1 --formula "
         "\"formula=sin(value)\" "

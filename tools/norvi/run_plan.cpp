@@ -23,6 +23,7 @@ class PlanMaker {
         NORVI_TRY(PlanGrid());
         NORVI_TRY(PlanSteps());
         NORVI_TRY(PlanBuffers());
+        NORVI_TRY(PlanTextures());
         NORVI_TRY(PlanBindings());
         NORVI_TRY(PlanBufferTypes());
         NORVI_TRY(PlanInitialValues());
@@ -40,6 +41,7 @@ class PlanMaker {
     Result<void> PlanGrid();
     Result<void> PlanSteps();
     Result<void> PlanBuffers();
+    Result<void> PlanTextures();
     Result<void> PlanBindings();
     Result<void> PlanBufferTypes();
     Result<void> PlanInitialValues();
@@ -125,6 +127,23 @@ Result<void> PlanMaker::PlanBuffers() {
         if (plan_.FindBuffer(argument.name))
             return ArgumentError("--buffer", text, Format("buffer '@' was given before", argument.name));
         plan_.buffers.push_back({argument, text, {}, {}});
+    }
+    return OK;
+}
+
+Result<void> PlanMaker::PlanTextures() {
+    for (const String& text : options_.textures) {
+        NORVI_TRY_VALUE(argument, ParseTexture(text));
+        NORVI_TRY_VALUE(parameter, Find("--texture", text, argument.name, ParameterRole::Texture));
+        if (plan_.FindTexture(argument.name))
+            return ArgumentError("--texture", text, Format("parameter '@' was given before", argument.name));
+        const TextureKind* kind = FindTextureKind(parameter->type);
+        if (kind->format != TextureFormat::F32 && kind->format != TextureFormat::U8)
+            return ArgumentError("--texture", text,
+                                 Format("parameter '@' of kernel '@' is of type @, which is not supported; "
+                                        "textures are of F32 or U8",
+                                        argument.name, plan_.kernel.name, parameter->GetTypeText()));
+        plan_.textures.push_back({argument, text, kind});
     }
     return OK;
 }
@@ -265,8 +284,9 @@ Result<void> PlanMaker::PlanNoises() {
 Result<void> PlanMaker::PlanSwaps() {
     for (const String& text : options_.swaps) {
         NORVI_TRY_VALUE(swap, ParseSwap(text));
-        NORVI_TRY_VALUE(first, Find("--swap", text, swap.first, ParameterRole::Buffer));
-        NORVI_TRY_VALUE(second, Find("--swap", text, swap.second, ParameterRole::Buffer));
+        const auto role = plan_.FindTexture(swap.first) ? ParameterRole::Texture : ParameterRole::Buffer;
+        NORVI_TRY_VALUE(first, Find("--swap", text, swap.first, role));
+        NORVI_TRY_VALUE(second, Find("--swap", text, swap.second, role));
         if (first->type != second->type)
             return ArgumentError("--swap", text,
                                  Format("'@' is of type @, '@' of type @", swap.first, first->GetTypeText(),
@@ -281,7 +301,7 @@ Result<void> PlanMaker::PlanOutputs() {
     for (const String& text : options_.outputs) {
         NORVI_TRY_VALUE(output, ParseOutput(text));
         // The name of a buffer that goes by another name than the parameter will do.
-        if (!plan_.FindBuffer(output.name))
+        if (!plan_.FindBuffer(output.name) && !plan_.FindTexture(output.name))
             NORVI_TRY(Find("--output", text, output.name, ParameterRole::Buffer));
         hasStep = hasStep || output.HasStep();
         plan_.outputs.push_back(output);
@@ -311,6 +331,12 @@ Result<void> PlanMaker::CheckGiven(const KernelParameterInfo& parameter) {
                        FindElementType(element) ? ElementTypeName(element) : "kernel"));
         break;
     }
+    case ParameterRole::Texture:
+        if (!plan_.FindTexture(parameter.name))
+            return IllegalArgumentError(Format("@ was not given; add --texture @=PICTURE or --texture @=@",
+                                               which, parameter.name, parameter.name,
+                                               FindTextureKind(parameter.type)->GetSizeForm()));
+        break;
     case ParameterRole::Counter:
         if (!Contains(plan_.counters, isNamed))
             return IllegalArgumentError(Format("@ was not given; add --counter @", which, parameter.name));
@@ -339,6 +365,13 @@ PlannedBuffer* RunPlan::FindBuffer(const String& name) {
         return buffer.argument.name == name;
     });
     return found == buffers.end() ? nullptr : &*found;
+}
+
+const PlannedTexture* RunPlan::FindTexture(const String& name) const {
+    const auto found = std::find_if(textures.begin(), textures.end(), [&](const PlannedTexture& texture) {
+        return texture.argument.name == name;
+    });
+    return found == textures.end() ? nullptr : &*found;
 }
 
 NamePair* RunPlan::FindBinding(const String& parameter) {

@@ -5,6 +5,8 @@
 
 #include "norvi/kernel_catalog.h"
 #include "norvi/run_arguments.h"
+#include "norvi/texture_argument.h"
+#include "norvi/texture_kind.h"
 
 namespace norvi {
 
@@ -14,7 +16,7 @@ struct RunOptions {
     String grid;
     Int steps = 1;
     Int outputEvery = 0; ///< 0: after the last step only
-    BaseArray<String> buffers, bindings, fills, ramps, randoms, outputs;
+    BaseArray<String> buffers, textures, bindings, fills, ramps, randoms, outputs;
     BaseArray<String> uniforms, formulas, counters, noises, swaps;
 };
 
@@ -23,6 +25,12 @@ struct PlannedBuffer {
     String text; ///< of the argument, for errors
     DataType type;
     std::optional<InitialArgument> initial;
+};
+
+struct PlannedTexture {
+    TextureArgument argument;
+    String text;             ///< of the argument, for errors
+    const TextureKind* kind; ///< of the parameter of this name
 };
 
 struct PlannedUniform {
@@ -37,16 +45,18 @@ struct RunPlan {
     Int steps = 1;
     Int outputEvery = 0;
     BaseArray<PlannedBuffer> buffers;
+    BaseArray<PlannedTexture> textures;
     BaseArray<NamePair> bindings; ///< parameter and buffer; each buffer parameter once
     BaseArray<PlannedUniform> uniforms;
     BaseArray<Assignment> formulas;
     BaseArray<CounterArgument> counters;
     BaseArray<NoiseArgument> noises;
-    BaseArray<NamePair> swaps;
+    BaseArray<NamePair> swaps; ///< of buffers, or of textures
     BaseArray<OutputArgument> outputs;
     BaseArray<String> warnings; ///< what was left out, but need not be given
 
     PlannedBuffer* FindBuffer(const String& name);
+    const PlannedTexture* FindTexture(const String& name) const;
     NamePair* FindBinding(const String& parameter);
 };
 
