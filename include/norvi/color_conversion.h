@@ -1,6 +1,8 @@
 // How kernels on the processor convert colours.
 #pragma once
 
+#include <algorithm>
+
 #include <norvi/host/color_profile_convert.h>
 #include <norvi/host/datatype.h>
 

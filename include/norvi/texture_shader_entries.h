@@ -1,6 +1,8 @@
 // The records of buffers and textures on the shader side.
 #pragma once
 
+#include <functional>
+#include <memory>
 #include <utility>
 
 #include <norvi/host/log.h>

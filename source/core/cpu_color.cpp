@@ -22,6 +22,13 @@ using ColorConversions = BaseArray<ColorConversionData>;
 constexpr const char* ColorConversionKey = "net.norvi.parallelprogram.settings.colorconversiondata";
 constexpr UInt64 HashFactor = 0xBF58476D1CE4E5B9;
 
+Result<ColorProfileConvertRef> MakeColorConverter(const ColorProfileRef& source,
+                                                  const ColorProfileRef& target) {
+    auto converter = std::make_shared<ColorProfileConvert>();
+    NORVI_TRY(converter->Init(pixelformat::RgbF32, source, pixelformat::RgbF32, target, 0, 0));
+    return converter;
+}
+
 } // namespace
 
 void ParallelProgramCPUImpl::SetRenderSpace(const ColorProfileRef& renderingSpace) noexcept {
@@ -41,9 +48,11 @@ Result<void> ParallelProgramCPUImpl::UpdateColorConversionActiveKernel(
         const UInt64 forwardHash = (s * HashFactor + o) * HashFactor + HashFactor + 1;
         const UInt64 inverseHash = (o * HashFactor + s + 1) * HashFactor + 2;
         if (!colorConverters_.contains(forwardHash)) {
+            NORVI_TRY_VALUE(forward, MakeColorConverter(source, outputSpace));
+            NORVI_TRY_VALUE(inverse, MakeColorConverter(outputSpace, source));
             // The one that is looked for comes last, so that a failure leaves no half of a pair to be found.
-            NORVI_TRY(MakeColorConverter(inverseHash, outputSpace, source));
-            NORVI_TRY(MakeColorConverter(forwardHash, source, outputSpace));
+            EnterColorConverter(inverseHash, inverse);
+            EnterColorConverter(forwardHash, forward);
         }
         ColorConversions conversions;
         if (const Data* stored = activeKernel_->extra.Find(String(ColorConversionKey)))
@@ -59,13 +68,9 @@ Result<void> ParallelProgramCPUImpl::UpdateColorConversionActiveKernel(
     });
 }
 
-Result<void> ParallelProgramCPUImpl::MakeColorConverter(UInt64 hash, const ColorProfileRef& source,
-                                                        const ColorProfileRef& target) {
-    auto converter = std::make_shared<ColorProfileConvert>();
-    NORVI_TRY(converter->Init(pixelformat::RgbF32, source, pixelformat::RgbF32, target, 0, 0));
+void ParallelProgramCPUImpl::EnterColorConverter(UInt64 hash, const ColorProfileConvertRef& converter) {
     colorFunctions_.insert_or_assign(hash, ColorConversionFunction(converter));
-    colorConverters_.insert_or_assign(hash, std::move(converter));
-    return OK;
+    colorConverters_.insert_or_assign(hash, converter);
 }
 
 Result<void> ParallelProgramCPUImpl::UpdateColorConversion() {

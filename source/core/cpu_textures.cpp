@@ -22,9 +22,10 @@ Result<void> ParallelProgramCPUImpl::StoreTextureBindData(const InternedId& attr
                                                           const TextureBindData& texBindData, Bool) noexcept {
     return CatchOutOfMemory([&]() -> Result<void> {
         NORVI_TRY_VALUE(entry, MakeSamplerEntry(texBindData));
-        // An entry that is replaced in the table stays: kernels may be bound to it.
-        textureStore_.push_back(std::make_shared<SamplerEntry>(std::move(entry)));
-        globalTextures_.Set(attr, &textureStore_.back()->helper);
+        std::list<std::shared_ptr<SamplerEntry>> node{std::make_shared<SamplerEntry>(std::move(entry))};
+        globalTextures_.Set(attr, &node.front()->helper);
+        // An entry that was replaced in the table stays: kernels may be bound to it.
+        textureStore_.splice(textureStore_.end(), node);
         return OK;
     });
 }
@@ -155,8 +156,9 @@ Result<void> ParallelProgramCPUImpl::UpdateTextures() {
         // The member keeps its value when the texture is deleted, so the texture has to outlive that. Links
         // to textures of other programs are their makers' to keep.
         auto& held = data.heldTextures[name];
-        NORVI_TRY(SetTexture(*data.kernel, name, *texture));
-        held = owner == textureStore_.end() ? nullptr : *owner;
+        NORVI_TRY_VALUE(isSet, SetTexture(*data.kernel, name, *texture));
+        if (isSet)
+            held = owner == textureStore_.end() ? nullptr : *owner;
     }
     return OK;
 }

@@ -60,12 +60,15 @@ Result<void> SetBuffer(KernelInterface& kernel, const InternedId& name, DataType
 
 } // namespace
 
-Result<void> SetTexture(KernelInterface& kernel, const InternedId& name, TextureSamplerDataHelper& texture) {
+Result<Bool> SetTexture(KernelInterface& kernel, const InternedId& name, TextureSamplerDataHelper& texture) {
     const KernelParameter* parameter = FindParameter(kernel, name);
-    if (parameter && !AcceptsTexture(parameter->type, texture))
+    if (!parameter)
+        return false;
+    if (!AcceptsTexture(parameter->type, texture))
         return IllegalStateError(Format(
             "texture '@' is of another kind than the kernel's parameter of type @", name, parameter->type));
-    return kernel.Set(name.ToString(), &texture);
+    NORVI_TRY(kernel.Set(name.ToString(), &texture));
+    return true;
 }
 
 Result<void> SetTypedParameter(KernelInterface& kernel, const InternedId& name, DataType type,

@@ -40,7 +40,8 @@ struct KernelData {
     DataDictionary uniforms;
     DataDictionary atomicBindings;
     DataDictionary textureBindings;
-    /// What the kernel object's texture members point at, by parameter.
+    /// What the kernel object's texture members point at, by parameter. Memory of a texture that was deleted
+    /// is freed when its parameter is bound anew.
     std::unordered_map<InternedId, std::shared_ptr<const SamplerEntry>> heldTextures;
     DataDictionary formulas;
     std::unordered_map<InternedId, BaseArray<FormulaData>> formulaStates; ///< one element for each worker
@@ -57,8 +58,8 @@ struct KernelData {
 KernelRangeInterface* FindRangeInterface(KernelInterface& kernel);
 
 /// Sets the texture parameter `name`, which must be of a type that accepts this kind of texture: another one
-/// is an illegal-state error. A kernel without the parameter ignores it.
-Result<void> SetTexture(KernelInterface& kernel, const InternedId& name, TextureSamplerDataHelper& texture);
+/// is an illegal-state error. A kernel without the parameter ignores it. Tells whether it has the parameter.
+Result<Bool> SetTexture(KernelInterface& kernel, const InternedId& name, TextureSamplerDataHelper& texture);
 
 /// Sets the parameter `name` from `data`, whose type must be the parameter's: another one is an illegal-state
 /// error. A kernel without the parameter ignores it.
@@ -182,8 +183,7 @@ class ParallelProgramCPUImpl final : public ParallelProgramInterface {
     Result<void> UpdateAtomicCounters();
     Result<void> UpdateNoise();
     Result<void> UpdateColorConversion();
-    Result<void> MakeColorConverter(UInt64 hash, const ColorProfileRef& source,
-                                    const ColorProfileRef& target);
+    void EnterColorConverter(UInt64 hash, const ColorProfileConvertRef& converter);
     static Result<void> AppendNoise(BaseArray<NoiseRef>& noises, Int32 mode, Int32 seed);
 
     Result<void> Dispatch1D(UInt32 count);

@@ -28,8 +28,8 @@ struct SamplerEntry {
 /// than the texture is logged as a warning and completed with zero bytes; `_size` stays the caller's.
 Result<SamplerEntry> MakeSamplerEntry(const TextureBindData& texture) noexcept;
 
-/// A copy of `source` with `_size` bytes of its own, which it frees with its last reference. An illegal use
-/// is to sample it where `_size` is smaller than the texture.
+/// A copy of `source` with memory of its own, completed with zeros as the source's is, and freed with its
+/// last reference.
 Result<std::shared_ptr<SamplingData>> CopySamplingData(const SamplingData& source) noexcept;
 
 /// May the object type `parameterType` of a kernel be bound to this texture? A texture of another kind would

@@ -46,6 +46,15 @@ TEST_F(ColorTest, NothingIsConvertedWithoutSpaces) {
     }
 }
 
+TEST_F(ColorTest, AFailureNamesTheSideAndLeavesNothing) {
+    for (const char* attempt : {"first", "second"})
+        EXPECT_TRUE(FailsWith(program->UpdateColorConversionActiveKernel(
+                                  linear, std::make_shared<ColorProfile>(), "there", "back"),
+                              errorkind::IllegalArgument, "the target colour profile is empty"))
+            << attempt;
+    ExpectConversion(0.5f, 0.25f);
+}
+
 TEST_F(ColorTest, TheRenderSpaceStandsInForAMissingInputSpace) {
     program->SetRenderSpace(linear);
     EXPECT_OK(program->UpdateColorConversionActiveKernel(nullptr, encoded, "there", "back"));

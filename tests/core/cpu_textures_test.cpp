@@ -16,6 +16,8 @@ TextureBindData Row(const Floats& texels) {
     return texture;
 }
 
+TextureBindData Row(Floats&& texels) = delete;
+
 class TextureTest : public ProgramTest {
   protected:
     TextureTest() {
@@ -156,7 +158,8 @@ TEST_F(TextureTest, ADeletedTextureIsGoneFromAllKernelsButNeverDangles) {
 }
 
 TEST_F(TextureTest, ATextureOfAnotherKindIsRefused) {
-    TextureBindData pair = Row({1, 2, 3, 4});
+    const Floats texels{1, 2, 3, 4};
+    TextureBindData pair = Row(texels);
     pair._dimensions = {2, 1, 1};
     pair._numChannels = 2;
     EXPECT_OK(program->StoreTextureBindData("pair", pair, false));
@@ -164,8 +167,12 @@ TEST_F(TextureTest, ATextureOfAnotherKindIsRefused) {
     EXPECT_TRUE(FailsWith(program->UpdateUniforms(), errorkind::IllegalState,
                           "texture 'texture' is of another kind than the kernel's parameter of type "
                           "norvi::TextureSamplerObj_1D_R_F32_LINEAR"));
+    EXPECT_OK(program->SetTextureToActiveKernel("t", "texture", false));
     EXPECT_OK(program->SetTextureToActiveKernel("t", "data", false));
-    EXPECT_FALSE(program->UpdateUniforms()) << "a buffer's place is none for a texture";
+    EXPECT_TRUE(FailsWith(program->UpdateUniforms(), errorkind::IllegalState,
+                          "texture 'data' is of another kind than the kernel's parameter of type "
+                          "Block<float32>"))
+        << "dictionaries keep their order, so the pair was replaced first";
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "norvi/demo_job.h"
 
+#include <cerrno>
 #include <chrono>
 #include <filesystem>
 

@@ -39,7 +39,8 @@ String ReportText(const SmokeReport& report, const SmokeOptions& options) {
                       fmt::format("{:.2f} s, {:.1f} ms a step", report.stepSeconds, stepSeconds * 1e3));
     rows.emplace_back("invocations",
                       fmt::format("{:.3f} G/s", GigaPerSecond(report, report.invocationsPerStep)));
-    rows.emplace_back("samples", fmt::format("{:.3f} G/s", GigaPerSecond(report, report.samplesPerStep)));
+    rows.emplace_back("samples",
+                      fmt::format("at most {:.3f} G/s", GigaPerSecond(report, report.samplesPerStep)));
     rows.emplace_back("workers", fmt::format("{}", JobQueue::GetThreadCount()));
     return ReportText(rows);
 }

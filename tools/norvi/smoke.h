@@ -41,7 +41,7 @@ class Smoke final : public DemoSimulation {
 
     /// Kernel invocations of one step.
     Int GetInvocationsPerStep() const;
-    /// Filtered samples that one step takes from textures.
+    /// Filtered samples that one step takes from textures at most; cells without smoke take fewer.
     Int GetSamplesPerStep() const;
 
   private:

@@ -42,7 +42,7 @@ Picture ToRgba(const Picture& picture) {
 }
 
 Result<void> ConvertToWorkingSpace(Picture& picture) {
-    NORVI_TRY_VALUE(source, ColorProfile::FromName("sRGB"));
+    NORVI_TRY_VALUE(source, ColorProfile::FromName("srgb_tx"));
     NORVI_TRY_VALUE(working, ColorProfile::FromName(WorkingSpace));
     ColorProfileConvert convert;
     NORVI_TRY(convert.Init(Id(pixelformat::RgbaF32), source, Id(pixelformat::RgbaF32), working, 0, 0));

@@ -6,7 +6,7 @@
 namespace norvi {
 
 /// The colour space that the simulation computes in.
-inline constexpr const char* WorkingSpace = "Linear Rec.709";
+inline constexpr const char* WorkingSpace = "lin_rec709";
 
 /// Any picture as smoke: four channels, colour in the working space times density, and density, which is the
 /// largest colour channel times alpha, at most 1. So black gives off nothing. Pictures of formats that hold

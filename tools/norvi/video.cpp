@@ -1,5 +1,6 @@
 #include "norvi/video.h"
 
+#include <cerrno>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>

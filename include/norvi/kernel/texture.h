@@ -145,7 +145,8 @@ detail::TexelPosition<T> GetTextureSize(const T& object) {
     return size;
 }
 
-/// SampleTexture for `count` positions, several times as fast; results are the same. Only on the processor.
+/// SampleTexture for `count` positions, faster where the processor has AVX2 and the texture
+/// is not sRGB; results are the same. Only on the processor.
 template <detail::TextureObject T>
 void SampleTextureRun(const T& object, const detail::SamplePosition<T>* positions, vec4* results, Int count,
                       int layer = 0) {

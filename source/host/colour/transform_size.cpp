@@ -131,31 +131,46 @@ class StepCounter {
   public:
     explicit StepCounter(const OCIO::Config& config) : reader_(config) {}
 
-    Result<Int> Count(const Node& node, int nesting) {
-        const auto [place, isNew] = counts_.try_emplace(node, Unfinished);
-        if (!isNew && place->second != Unfinished)
+    /// What the definition of a node amounts to, with all that it refers to.
+    struct Size {
+        Int steps = Unfinished;
+        int depth = 0; ///< of the longest chain of references
+    };
+
+    /// @param nesting how many definitions led here; bounds the recursion.
+    Result<Size> Count(const Node& node, int nesting) {
+        const auto [place, isNew] = sizes_.try_emplace(node);
+        if (!isNew && place->second.steps != Unfinished)
             return place->second;
         if (!isNew)
             return IllegalArgumentError(Format("'@' is defined by itself", node.name));
         if (nesting > MostNesting)
-            return IllegalArgumentError(Format("the definition of '@' is reached through more than @ others",
-                                               node.name, MostNesting));
+            return TooDeep(node);
         const Definition definition = reader_.Read(node);
-        Int steps = definition.steps;
+        Size size{definition.steps, 0};
         for (const Node& reference : definition.references) {
-            NORVI_TRY_VALUE(count, Count(reference, nesting + 1));
-            steps += count;
-            if (steps > MostSteps)
+            NORVI_TRY_VALUE(below, Count(reference, nesting + 1));
+            size.steps += below.steps;
+            // A reference that was counted before may have a long chain of its own.
+            size.depth = std::max(size.depth, below.depth + 1);
+            if (size.steps > MostSteps)
                 return IllegalArgumentError(Format("'@' has more than @ steps", node.name, MostSteps));
+            if (size.depth > MostNesting)
+                return TooDeep(node);
         }
-        return place->second = steps;
+        return place->second = size;
     }
 
   private:
     static constexpr Int Unfinished = -1;
 
+    static Failure TooDeep(const Node& node) {
+        return IllegalArgumentError(
+            Format("the definition of '@' is part of a chain of more than @", node.name, MostNesting));
+    }
+
     DefinitionReader reader_;
-    std::map<Node, Int> counts_; ///< nodes keep their addresses
+    std::map<Node, Size> sizes_; ///< nodes keep their addresses
 };
 
 } // namespace

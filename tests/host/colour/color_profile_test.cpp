@@ -131,15 +131,19 @@ TEST_F(ColorProfileTest, AllBuiltinSpacesDiffer) {
 }
 
 TEST_F(ColorProfileTest, BrokenFilesAreErrorsThatChangeNothing) {
-    const String chain = [] {
+    // Each of these is known when the next refers to it.
+    const String growingChain = [] {
         String spaces = Space("s0", Gain("2"));
         for (int i = 1; i <= 200; ++i)
             spaces +=
                 Space("s" + std::to_string(i), Format("!<ColorSpaceTransform> {src: s@, dst: aces}", i - 1));
+        return spaces;
+    }();
+    const String chain = [&] {
         // The longest first, so that none is known when it is reached.
         return "  - !<ColorSpace> {name: first, to_scene_reference: !<ColorSpaceTransform> {src: s200, dst: "
                "aces}}\n" +
-               spaces;
+               growingChain;
     }();
     const String doubling = [] {
         String spaces = Space("s0", Gain("2"));
@@ -192,7 +196,9 @@ TEST_F(ColorProfileTest, BrokenFilesAreErrorsThatChangeNothing) {
                               Space("a", "!<DisplayViewTransform> {src: aces, display: own, view: own}")),
          "'a' is defined by itself"},
         {"long chain", WriteConfig("chain", chain),
-         "the definition of 's100' is reached through more than 100 others"},
+         "the definition of 's100' is part of a chain of more than 100"},
+        {"growing chain", WriteConfig("growing", growingChain),
+         "the definition of 's101' is part of a chain of more than 100"},
         {"doubling", WriteConfig("doubling", doubling), "'s14' has more than 10000 steps"},
     };
     for (const auto& row : rows) {
