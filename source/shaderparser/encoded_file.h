@@ -1,4 +1,4 @@
-// Shader files in encoded form, whose text can neither be read nor changed by who has not the program.
+// Shader files in encoded form, whose text can neither be read nor changed without the program's key.
 //
 // Layout: the magic "encoded"; the authentication tag, 32 bytes, of all bytes behind it; the nonce, 16 bytes;
 // the cipher text. The key is made from a constant of the program and the nonce, so this keeps honest people

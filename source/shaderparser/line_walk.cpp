@@ -206,7 +206,7 @@ Result<LineWalk::Rest> LineWalk::ReadGroupSize() {
         const char* const end = number.data() + number.size();
         const auto [stop, error] = std::from_chars(number.data(), end, *sizes[i]);
         if (error != std::errc() || stop != end)
-            return IllegalStateError(Format("'@' is no size of a work group", number));
+            return IllegalStateError("GROUPSIZE needs whole numbers");
     }
     return SkipWithNext();
 }

@@ -99,21 +99,28 @@ BaseArray<std::string_view> KeysOf(const BaseArray<MacroEntry>& entries) {
     return keys;
 }
 
-// What a line may cost: bytes behind the place of a key that is met again, summed up over all the times.
-// Lines that end stay far below.
-constexpr size_t LeastWork = 1 << 16, WorkPerByte = 1024;
+// A rewriting that comes no nearer to the end of its line in so many steps, or makes the line so much longer,
+// is taken for endless.
+constexpr size_t MostStepsInPlace = 1000, LeastGrowth = 1 << 20, GrowthPerByte = 16;
+// Each key moves what stands behind it. This much takes about a second.
+constexpr size_t MostMovedBytes = size_t{1} << 32;
 constexpr size_t MostRewrittenBytes = 64 << 20;
 
 Result<void> ApplyEntry(const MacroEntry& entry, String& line) {
-    size_t work = LeastWork + WorkPerByte * line.size();
+    const size_t mostSize = LeastGrowth + GrowthPerByte * line.size();
+    size_t nearest = String::npos, stepsInPlace = 0, movedBytes = 0;
     size_t position = line.find(entry.key);
     while (position != String::npos) {
-        NORVI_TRY(entry.handler(entry, line, position));
-        const size_t tail = std::max(line.size(), position) - position + 1;
-        position = line.find(entry.key, position);
-        if (position != String::npos && tail > work)
+        const size_t rest = line.size() - position;
+        stepsInPlace = rest < nearest ? 0 : stepsInPlace + 1;
+        nearest = std::min(nearest, rest);
+        movedBytes += rest;
+        if (stepsInPlace > MostStepsInPlace || line.size() > mostSize)
             return IllegalStateError(Format("the rewriting of @ does not end", entry.key));
-        work -= std::min(tail, work);
+        if (movedBytes > MostMovedBytes)
+            return IllegalStateError(Format("a line holds @ too many times", entry.key));
+        NORVI_TRY(entry.handler(entry, line, position));
+        position = line.find(entry.key, position);
     }
     return OK;
 }

@@ -32,16 +32,18 @@ class SignatureReader {
         name_ = name.text;
         NORVI_TRY(lexer_.Expect('('));
         symbol_ = lexer_.Next();
-        while (!symbol_.Is(')')) {
+        if (symbol_.Is(')'))
+            return OK;
+        while (true) {
             NORVI_TRY(CheckIdentifier());
             FunctionParameterEntry parameter;
             const bool isBuffer = symbol_.text == "StructuredBuffer" || symbol_.text == "RWStructuredBuffer";
             NORVI_TRY(isBuffer ? ReadBuffer(parameter) : ReadPlain(parameter));
             parameters_.push_back(std::move(parameter));
-            if (!symbol_.Is(')'))
-                NORVI_TRY(PassComma(isBuffer));
+            if (symbol_.Is(')'))
+                return OK;
+            NORVI_TRY(PassComma(isBuffer));
         }
-        return OK;
     }
 
   private:

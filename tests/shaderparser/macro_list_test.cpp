@@ -137,12 +137,24 @@ TEST(MacroList, DeclaresGroupSharedMemoryWithItsOrigin) {
     EXPECT_EQ(declaration.lines, (BaseArray<LineOrigin>{{3, 7}}));
 }
 
-TEST(MacroList, TakesTimeInProportionToTheLine) {
-    String line;
-    for (int i = 0; i < 200000; ++i)
-        line += "CPU_CONSTREF(x) ";
+String Repeated(const char* text, int count) {
+    String all;
+    for (int i = 0; i < count; ++i)
+        all += text;
+    return all;
+}
+
+TEST(MacroList, RewritesLongLinesInBoundedTimeAndMemory) {
+    String line = Repeated("CPU_CONSTREF(x) ", 20000);
+    EXPECT_OK(Rewriter("GLSL", "", -1).Apply(List::Text, line));
+    EXPECT_EQ(line, Repeated("x ", 20000));
+    line = Repeated("CPU_CONSTREF(x) ", 200000);
     EXPECT_TRUE(FailsWith(Rewriter("GLSL", "", -1).Apply(List::Text, line), errorkind::IllegalState,
-                          "the rewriting of CPU_CONSTREF does not end"));
+                          "a line holds CPU_CONSTREF too many times"));
+    line = "matoff(matoff(" + String(200000, 'x');
+    EXPECT_TRUE(FailsWith(Rewriter("GLSL", "", -1).Apply(List::Text, line), errorkind::IllegalState,
+                          "the rewriting of matoff does not end"));
+    EXPECT_LT(line.size(), std::size_t{32} << 20);
 }
 
 // The finder must not pass a key by, wherever it stands.

@@ -164,8 +164,8 @@ TEST(ShaderParser, ReadsOnlyRegularFilesOfModerateSize) {
     fs::remove(path);
 }
 
-// Half of the threads share one object, the others have their own; all share headers. Every second parse of
-// the shared file fails and is tried again by the next thread.
+// Half of the threads share one object, the others have their own; all share headers. Three of four parses
+// of the shared file fail and are tried again by the next thread.
 TEST(ShaderParser, IsParsedByManyThreads) {
     class FlakyFiles final : public SourceFiles {
       public:

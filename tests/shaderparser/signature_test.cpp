@@ -71,6 +71,8 @@ TEST(Signature, FailsWithTheNumberOfTheSymbol) {
         {"void f(float w[4", "Expected ], got 0. Function: f"},
         {"void f(float w[99999999999])", "the array size 99999999999 is too large. Function: f"},
         {"void f(const)", "Expected identifier, got 41."},
+        {"void f(float x,)", "Expected identifier, got 41."},
+        {"void f(StructuredBuffer<int> a, )", "Expected identifier, got 41."},
         {"void f(StructuredBuffer<int>)", "Expected identifier, got 41."},
         {"void f(StructuredBuffer<int> a, 3)", "Expected identifier, got 257."},
     };

@@ -1,14 +1,12 @@
 // GLSL for Vulkan. The kernel language is close to it; these differ:
 //
 // - Buffers and uniforms lie in scalar layout, so that an array of vec3 has a stride of 12 bytes as on the
-// processor.
+//   processor.
 // - Names of parameters get a prefix, since words such as "input" or "sample" are reserved, and since group
-// shared memory
-//   has the name of the buffer that it is a copy of. Atomic counters keep their names: kernel text uses them
-//   bare.
-// - round may go either way at halves, and so becomes roundEven. fma rounds twice, as everywhere in this
-// language.
-// - not() of the kernel language is also the reserved word for it here, so nothing is to be done.
+//   shared memory has the name of the buffer that it is a copy of. Atomic counters keep their names: kernel
+//   text uses them bare.
+// - round may go either way at halves, and so becomes roundEven.
+// - A driver may still contract a*b+c into one operation: arithmetic is not marked as precise yet.
 // - Textures with three channels are stored with four.
 #include "language_table.h"
 

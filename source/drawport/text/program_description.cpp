@@ -26,12 +26,23 @@ MappedText DescribeStruct(const StructEntry& entry) {
     return text;
 }
 
+/// The marks of noise must not reach a compiler.
+String WithoutNoiseMarks(const String& text) {
+    static constexpr std::string_view mark = "ADDNOISECALL";
+    String result;
+    size_t begin = 0;
+    for (size_t found; (found = text.find(mark, begin)) != String::npos; begin = found + mark.size())
+        result.append(text, begin, found - begin);
+    return result.append(text, begin);
+}
+
 Result<MappedText> DescribeFunction(const InlineFunctionEntry& function, const ShaderParser& parser) {
     CString name, returnType;
     BaseArray<FunctionParameterEntry> parameters;
     NORVI_TRY(ParseSignature(function.signature, name, returnType, parameters));
-    NORVI_TRY_VALUE(text, BuildFunctionText(name, returnType, parameters, function.text.text,
-                                            parser.GetLanguage().GetHashCode()));
+    NORVI_TRY_VALUE(text,
+                    BuildFunctionText(name, returnType, parameters, WithoutNoiseMarks(function.text.text),
+                                      parser.GetLanguage().GetHashCode()));
     MappedText mapped;
     mapped.text = std::move(text);
     mapped.lines.push_back(function.origin);
@@ -83,14 +94,6 @@ ShaderTexture DescribeTexture(const KernelTextureEntry& entry) {
     return texture;
 }
 
-/// The marks of noise must not reach a compiler.
-MappedText WithoutNoiseMarks(MappedText text) {
-    static constexpr std::string_view mark = "ADDNOISECALL";
-    for (size_t found = text.text.find(mark); found != String::npos; found = text.text.find(mark, found))
-        text.text.erase(found, mark.size());
-    return text;
-}
-
 } // namespace
 
 Result<ProgramDescription> DescribeProgram(const ShaderParser& parser) {
@@ -107,7 +110,8 @@ Result<ProgramDescription> DescribeProgram(const ShaderParser& parser) {
         NORVI_TRY(DescribeFunctions(parser, program));
         program.groupShared = parser.GetGroupSharedDeclarations();
         program.globals = parser.GetGlobalBlocks();
-        program.body = WithoutNoiseMarks(parser.GetKernelText());
+        program.body = parser.GetKernelText();
+        program.body.text = WithoutNoiseMarks(program.body.text);
         program.groupSize = parser.GetWorkGroupSize();
         return program;
     });
