@@ -102,8 +102,8 @@ BaseArray<std::string_view> KeysOf(const BaseArray<MacroEntry>& entries) {
 // A rewriting that comes no nearer to the end of its line in so many steps, or makes the line so much longer,
 // is taken for endless.
 constexpr size_t MostStepsInPlace = 1000, LeastGrowth = 1 << 20, GrowthPerByte = 16;
-// Each key moves what stands behind it. This much takes about a second.
-constexpr size_t MostMovedBytes = size_t{1} << 32;
+// Each key moves what stands behind it. This much takes a fraction of a second.
+constexpr size_t MostMovedBytes = size_t{1} << 30;
 constexpr size_t MostRewrittenBytes = 64 << 20;
 
 Result<void> ApplyEntry(const MacroEntry& entry, String& line) {

@@ -145,9 +145,9 @@ String Repeated(const char* text, int count) {
 }
 
 TEST(MacroList, RewritesLongLinesInBoundedTimeAndMemory) {
-    String line = Repeated("CPU_CONSTREF(x) ", 20000);
+    String line = Repeated("CPU_CONSTREF(x) ", 5000);
     EXPECT_OK(Rewriter("GLSL", "", -1).Apply(List::Text, line));
-    EXPECT_EQ(line, Repeated("x ", 20000));
+    EXPECT_EQ(line, Repeated("x ", 5000));
     line = Repeated("CPU_CONSTREF(x) ", 200000);
     EXPECT_TRUE(FailsWith(Rewriter("GLSL", "", -1).Apply(List::Text, line), errorkind::IllegalState,
                           "a line holds CPU_CONSTREF too many times"));
