@@ -2,7 +2,8 @@
 //
 // The language is described in docs/formulas.md. All arithmetic is single precision, and the operations that
 // the language itself defines (everything but the transcendental functions) round as IEEE 754 says, each by
-// itself, so that the processor and a card that runs the generated shader text compute the same numbers.
+// itself. A card that runs the generated shader text computes the same numbers, as far as it does not
+// contract a product and a sum into one operation.
 #pragma once
 
 #include <memory>
