@@ -147,14 +147,6 @@ Result<BufferContents> LoadArray(const PlannedBuffer& buffer, Int invocations) {
     return std::move(contents);
 }
 
-/// Channel `channel` of 3 or 4 in a pixel of any number of channels: grey stands for all colours, what has no
-/// alpha is opaque.
-Float32 ChannelValue(const Float32* pixel, Int channels, Int channel) {
-    if (channel == 3)
-        return channels == 4 || channels == 2 ? pixel[channels - 1] : 1;
-    return channels >= 3 ? pixel[channel] : pixel[0];
-}
-
 Picture WithChannels(const Picture& picture, Int channels) {
     if (channels == 1)
         return ToLuminance(picture);

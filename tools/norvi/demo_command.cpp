@@ -31,24 +31,29 @@ Result<void> Finish(const DemoReport& report, const String& table, const Command
 }
 
 /// The command line as it was typed.
-struct ReactionDiffusionArguments {
-    ReactionDiffusionOptions options;
-    String size = "1024x1024";
+template <typename Options>
+struct DemoArguments {
+    Options options;
+    String size;
     String noise = "perlin:1";
 };
 
-Result<void> Run(const ReactionDiffusionArguments& arguments, const CommandContext& context) {
-    ReactionDiffusionOptions options = arguments.options;
+/// @param run RunSmoke and the like
+template <typename Options, typename Report>
+Result<void> Run(Result<Report> (*run)(const Options&, Bool), const DemoArguments<Options>& arguments,
+                 const CommandContext& context) {
+    Options options = arguments.options;
     NORVI_TRY_VALUE(size, ParseSize(arguments.size));
     NORVI_TRY_VALUE(noise, ParseNoise(arguments.noise));
     options.settings.size = size;
     options.settings.noise = noise;
-    NORVI_TRY_VALUE(report, RunReactionDiffusion(options, context.isQuiet));
+    NORVI_TRY_VALUE(report, run(options, context.isQuiet));
     return Finish(report, ReportText(report, options), context);
 }
 
 void AddReactionDiffusion(CLI::App& demo, CommandContext& context) {
-    const auto arguments = std::make_shared<ReactionDiffusionArguments>();
+    const auto arguments = std::make_shared<DemoArguments<ReactionDiffusionOptions>>();
+    arguments->size = "1024x1024";
     ReactionDiffusionOptions& options = arguments->options;
     CLI::App* command = demo.add_subcommand("reaction-diffusion",
                                             "Grow a Gray-Scott reaction-diffusion and write pictures of it");
@@ -70,28 +75,13 @@ void AddReactionDiffusion(CLI::App& demo, CommandContext& context) {
         "norvi demo reaction-diffusion --picture grown/step-003000.png --feed \"0.03+0.02*value\"",
     }));
     command->callback([arguments, &context] {
-        context.action = [arguments](CommandContext& c) { return Run(*arguments, c); };
+        context.action = [arguments](CommandContext& c) { return Run(&RunReactionDiffusion, *arguments, c); };
     });
 }
 
-struct SmokeArguments {
-    SmokeOptions options;
-    String size = "512x512";
-    String noise = "perlin:1";
-};
-
-Result<void> Run(const SmokeArguments& arguments, const CommandContext& context) {
-    SmokeOptions options = arguments.options;
-    NORVI_TRY_VALUE(size, ParseSize(arguments.size));
-    NORVI_TRY_VALUE(noise, ParseNoise(arguments.noise));
-    options.settings.size = size;
-    options.settings.noise = noise;
-    NORVI_TRY_VALUE(report, RunSmoke(options, context.isQuiet));
-    return Finish(report, ReportText(report, options), context);
-}
-
 void AddSmoke(CLI::App& demo, CommandContext& context) {
-    const auto arguments = std::make_shared<SmokeArguments>();
+    const auto arguments = std::make_shared<DemoArguments<SmokeOptions>>();
+    arguments->size = "512x512";
     SmokeOptions& options = arguments->options;
     CLI::App* command = demo.add_subcommand("smoke", "Let coloured smoke rise and write pictures of it");
     command->add_option(
@@ -124,7 +114,7 @@ void AddSmoke(CLI::App& demo, CommandContext& context) {
         "norvi demo smoke --picture smoke-frames/step-000200.png --force \"0.5*value-0.1\" --size 320x320",
     }));
     command->callback([arguments, &context] {
-        context.action = [arguments](CommandContext& c) { return Run(*arguments, c); };
+        context.action = [arguments](CommandContext& c) { return Run(&RunSmoke, *arguments, c); };
     });
 }
 

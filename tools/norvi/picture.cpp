@@ -156,4 +156,10 @@ Picture ToLuminance(const Picture& picture) {
     return result;
 }
 
+Float32 ChannelValue(const Float32* pixel, Int channels, Int channel) {
+    if (channel == 3)
+        return channels == 4 || channels == 2 ? pixel[channels - 1] : 1;
+    return channels >= 3 ? pixel[channel] : pixel[0];
+}
+
 } // namespace norvi

@@ -31,4 +31,8 @@ Result<Picture> ResizePicture(const Picture& picture, Int width, Int height);
 /// One channel: the luminance (Rec. 709 weights) of three or more channels, else the first one.
 Picture ToLuminance(const Picture& picture);
 
+/// Channel `channel` of a pixel of any number of channels: grey stands for all colours, what has no alpha is
+/// opaque.
+Float32 ChannelValue(const Float32* pixel, Int channels, Int channel);
+
 } // namespace norvi

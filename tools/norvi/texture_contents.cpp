@@ -58,14 +58,6 @@ TextureBindData Describe(const PlannedTexture& texture, BaseArray<Int> extents) 
     return description;
 }
 
-/// Channel `channel` of a pixel of any number of channels: grey stands for all colours, what has no alpha is
-/// opaque.
-Float32 ChannelValue(const Float32* pixel, Int channels, Int channel) {
-    if (channel == 3)
-        return channels == 4 || channels == 2 ? pixel[channels - 1] : 1;
-    return channels >= 3 ? pixel[channel] : pixel[0];
-}
-
 void AppendChannel(TextureFormat format, Float32 value, BaseArray<UChar>& texels) {
     if (format == TextureFormat::U8) {
         // Written so that a pixel that is no number becomes 0.
