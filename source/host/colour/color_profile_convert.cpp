@@ -1,6 +1,7 @@
 #include <norvi/host/color_profile_convert.h>
 
 #include <algorithm>
+#include <mutex>
 
 #include "color_config.h"
 
@@ -42,13 +43,17 @@ Result<void> CheckProfile(const char* which, const ColorProfileRef& profile) {
     return OK;
 }
 
-OCIO::ConstProcessorRcPtr MakeProcessor(const ColorProfile& source, const ColorProfile& target) {
+// One at a time: the library reads its settings from the environment through one static string.
+OCIO::ConstCPUProcessorRcPtr MakeProcessor(const ColorProfile& source, const ColorProfile& target) {
+    static std::mutex making;
+    const std::lock_guard lock(making);
     const auto& from = source.GetConfig()->Get();
     const auto& to = target.GetConfig()->Get();
     const char* fromName = source.GetName().c_str();
     const char* toName = target.GetName().c_str();
-    return from == to ? from->getProcessor(fromName, toName)
-                      : OCIO::Config::GetProcessorFromConfigs(from, fromName, to, toName);
+    const auto processor = from == to ? from->getProcessor(fromName, toName)
+                                      : OCIO::Config::GetProcessorFromConfigs(from, fromName, to, toName);
+    return processor->getDefaultCPUProcessor();
 }
 
 } // namespace
@@ -66,7 +71,7 @@ Result<void> ColorProfileConvert::Init(const Id& sourceFormat, const ColorProfil
                 "the reserved arguments of a colour conversion are @ and @, not 0", reserved1, reserved2));
         const String what = Format("no conversion from '@' to '@'", source->GetName(), target->GetName());
         return CatchColorErrors(what, [&]() -> Result<void> {
-            auto processor = MakeProcessor(*source, *target)->getDefaultCPUProcessor();
+            auto processor = MakeProcessor(*source, *target);
             steps_ =
                 std::make_shared<const Steps>(Steps{std::move(processor), sourceChannels, targetChannels});
             return OK;
