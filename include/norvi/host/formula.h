@@ -116,8 +116,7 @@ class FormulaParserCache {
     /// For each i below `count`: results[i] is what `Evaluate()` returns, bit by bit (except for sign and
     /// payload of a NaN), while the float variable "value" is values[i] and the integer variable "seed" is
     /// seeds[i]. Other variables have what their cells hold. `values` and `seeds` may each be null, which
-    /// leaves that variable to its cell too. `results` may be the same array as `values`, but must not
-    /// overlap the arrays otherwise.
+    /// leaves that variable to its cell too. `results` must not overlap them.
     ///
     /// Cheaper than the single form from two elements on; needs about 36 KiB of stack.
     void Evaluate(const Float* values, const Int32* seeds, Float* results, Int count) const noexcept;

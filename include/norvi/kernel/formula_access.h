@@ -51,12 +51,6 @@ class FormulaBlock {
         bool isUnfinished = false;
     };
 
-    void BeginBlock(int count) {
-        formula_ = nullptr;
-        for (int i = 0; i < count; ++i)
-            isUnfinished_[i] = 1;
-    }
-
     void SetUnfinished(int invocation, bool isUnfinished) { isUnfinished_[invocation] = isUnfinished; }
     bool IsUnfinished(int invocation) const { return isUnfinished_[invocation] != 0; }
     bool AreAllUnfinished(int count) const {

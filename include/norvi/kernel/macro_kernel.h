@@ -82,7 +82,10 @@ class MacroKernel final : public KernelOf<MacroKernel<Body>>, public KernelRange
     static_assert(Group.x > 0 && Group.y > 0 && Group.z > 0,
                   "GROUPSIZE must be at least 1 in each dimension");
 
-    static Result<void> RunRow(const Body& body, UInt32 firstX, UInt32 count, UInt32 y, UInt32 z) {
+    // All the way to the body everything is inlined, or else the copy of the parameters would not stay in
+    // registers.
+    [[gnu::always_inline]] static Result<void> RunRow(const Body& body, UInt32 firstX, UInt32 count, UInt32 y,
+                                                      UInt32 z) {
         // Signed counting tells the compiler that indices computed from x do not wrap round; the few
         // positions beyond the signed range are counted from an offset.
         constexpr UInt32 signedEnd = std::numeric_limits<Int32>::max();
@@ -109,11 +112,11 @@ class MacroKernel final : public KernelOf<MacroKernel<Body>>, public KernelRange
 
     using Formulas = FormulaBlock<Body::FormulaCount>;
 
-    static Result<void> RunRowInBlocks(const Body& body, int begin, int end, UInt32 y, UInt32 z) {
+    [[gnu::always_inline]] static Result<void> RunRowInBlocks(const Body& body, int begin, int end, UInt32 y,
+                                                              UInt32 z) {
         Formulas formulas;
         for (int x = begin; x < end; x += Formulas::Size) {
             const int count = std::min(end - x, Formulas::Size);
-            formulas.BeginBlock(count);
             NORVI_TRY(RunBlock<0>(body, x, count, y, z, formulas));
         }
         return OK;
@@ -122,10 +125,10 @@ class MacroKernel final : public KernelOf<MacroKernel<Body>>, public KernelRange
     /// Gathers and evaluates formula `Run` and those behind it, then completes the block. An invocation that
     /// ended without coming to a formula is finished, and not run again.
     template <int Run>
-    static Result<void> RunBlock(const Body& body, int firstX, int count, UInt32 y, UInt32 z,
-                                 Formulas& formulas) {
+    [[gnu::always_inline]] static Result<void> RunBlock(const Body& body, int firstX, int count, UInt32 y,
+                                                        UInt32 z, Formulas& formulas) {
         const int end = firstX + count;
-        if (formulas.AreAllUnfinished(count)) {
+        if (Run == 0 || formulas.AreAllUnfinished(count)) {
             // Without a test for each invocation the loop can be vectorised.
             NORVI_INDEPENDENT_ITERATIONS
             for (int x = firstX; x < end; ++x)
@@ -148,7 +151,8 @@ class MacroKernel final : public KernelOf<MacroKernel<Body>>, public KernelRange
                                                              UInt32 z, Formulas& formulas) {
         typename Formulas::template Access<Run> access{formulas, x - firstX};
         NORVI_TRY(RunOne(body, static_cast<UInt32>(x), y, z, access));
-        formulas.SetUnfinished(x - firstX, access.isUnfinished);
+        if constexpr (Run < Body::FormulaCount)
+            formulas.SetUnfinished(x - firstX, access.isUnfinished);
         return OK;
     }
 

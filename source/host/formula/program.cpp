@@ -55,7 +55,7 @@ Operand ProgramBuilder::GetPlace(size_t index, bool asBits) {
 Operand ProgramBuilder::LoadVariable(Int32 index, bool asBits) {
     for (const VariableLoad& load : program_.loads)
         if (load.variable == index && load.asBits == asBits)
-            return {Operand::Slots, load.slot};
+            return load.place;
     const ExpressionVariable& variable = tree_.variables[static_cast<size_t>(index)];
     const void* cell = cells_[static_cast<size_t>(index)];
     VariableLoad load;
@@ -66,9 +66,12 @@ Operand ProgramBuilder::LoadVariable(Int32 index, bool asBits) {
         load.floatCell = static_cast<const Float*>(cell);
     load.asBits = asBits;
     load.isBatchInput = variable.name == (variable.isInteger ? "seed" : "value");
-    load.slot = AddSlot(); // not one that was free: instructions before this one would overwrite the variable
+    if (load.isBatchInput && load.floatCell)
+        load.place = {Operand::Values, 0};
+    else // not a slot that was free: instructions before this one would overwrite the variable
+        load.place = {Operand::Slots, AddSlot()};
     program_.loads.push_back(load);
-    return {Operand::Slots, load.slot};
+    return load.place;
 }
 
 Operand ProgramBuilder::AddConstant(Float value) {
@@ -110,8 +113,8 @@ UInt16 ProgramBuilder::TakeTemporary() {
 }
 
 void ProgramBuilder::MakeBlocks() {
-    const Int arrays = program_.slotCount + static_cast<Int>(program_.constants.size());
-    const Int size = std::clamp(BatchFloats / std::max<Int>(arrays, 1), MinBlockSize, MaxBlockSize);
+    const Int arrays = program_.slotCount + 1 + static_cast<Int>(program_.constants.size());
+    const Int size = std::clamp(BatchFloats / arrays, MinBlockSize, MaxBlockSize);
     program_.blockSize = size / MinBlockSize * MinBlockSize;
     const auto elements = static_cast<size_t>(program_.blockSize);
     program_.constantBlocks.reserve(program_.constants.size() * elements);

@@ -9,7 +9,7 @@ namespace norvi {
 
 /// Where an instruction finds an operand.
 struct Operand {
-    enum Bank : UInt16 { Slots, Constants, BankCount };
+    enum Bank : UInt16 { Slots, Constants, Values, BankCount };
 
     UInt16 bank = Slots;
     UInt16 index = 0;
@@ -19,17 +19,18 @@ struct Instruction {
     ScalarFunction scalar;
     BlockFunction block;
     Operand operands[3]; ///< those that the operation lacks repeat the first, so that all can be read
-    UInt16 target;       ///< a slot, and none of the operands
+    UInt16 target;       ///< a slot, and none of the operands; the last instruction's is the formula's value
 };
 
-/// A variable that is read into a slot before the instructions run.
+/// A variable that is read before the instructions run: into a slot, but for the float variable "value",
+/// which has a bank of its own so that the batch form can read the caller's array where it lies.
 struct VariableLoad {
     Int32 variable = 0;               ///< its index in the tree
     const Float* floatCell = nullptr; ///< this or the other is null
     const Int32* intCell = nullptr;
     bool asBits = false;       ///< an integer goes into the slot as it is, not as a number
     bool isBatchInput = false; ///< the batch form has an array for it
-    UInt16 slot = 0;
+    Operand place;
 };
 
 struct FormulaProgram {
