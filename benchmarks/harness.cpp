@@ -29,6 +29,21 @@ double Median(std::vector<double> values) {
     return values[values.size() / 2];
 }
 
+// The threads of a peer may spin for milliseconds after its last run, as OpenMP's do, and take the processor
+// from the next contender.
+constexpr auto PauseBetweenContenders = std::chrono::milliseconds(15);
+
+double TakeSample(const Contender& contender, int repetitions, double idleSeconds) {
+    if (idleSeconds > 0) {
+        std::this_thread::sleep_for(std::chrono::duration<double>(idleSeconds));
+    } else {
+        std::this_thread::sleep_for(PauseBetweenContenders);
+        if (const int warmUps = repetitions / 4; warmUps > 0)
+            SecondsOf(contender.run, warmUps);
+    }
+    return SecondsOf(contender.run, repetitions);
+}
+
 using Samples = std::vector<std::vector<double>>; // per contender, per round
 
 Samples TakeSamples(const std::vector<Contender>& contenders, const Settings& settings) {
@@ -41,9 +56,7 @@ Samples TakeSamples(const std::vector<Contender>& contenders, const Settings& se
         for (std::size_t step = 0; step < contenders.size(); ++step) {
             // Each round begins with another contender, so that none always follows the same one.
             const std::size_t i = (step + static_cast<std::size_t>(round)) % contenders.size();
-            if (settings.idleSeconds > 0)
-                std::this_thread::sleep_for(std::chrono::duration<double>(settings.idleSeconds));
-            samples[i].push_back(SecondsOf(contenders[i].run, repetitions[i]));
+            samples[i].push_back(TakeSample(contenders[i], repetitions[i], settings.idleSeconds));
         }
     return samples;
 }

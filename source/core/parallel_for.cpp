@@ -178,20 +178,28 @@ struct Lead {
     double nanosecondsPerIteration = 0;
 };
 
-/// Runs iterations from `from` on, in growing runs, until all are done or the rest is worth sharing.
+/// Runs iterations from `from` on, in growing runs, until all are done or the rest is worth sharing. The
+/// first run also fills caches and maps pages, so it counts only where it is long by any measure.
 Result<void> RunLead(UInt32 from, UInt32 to, UInt32 granularity, const LoopBody& body, Lead& lead) {
     using Clock = std::chrono::steady_clock;
     const std::atomic<bool> never{false};
     const UInt32 length = to - from;
-    const auto start = Clock::now();
+    auto start = Clock::now();
+    UInt32 measuredFrom = 0;
     for (UInt32 run = granularity;; run = lead.done * 3) {
         const UInt32 count = std::min(run, length - lead.done);
         NORVI_TRY(body.run(body.closure, 0, from + lead.done, from + lead.done + count, never));
         lead.done += count;
         if (lead.done == length)
             return OK;
-        const double elapsed = std::chrono::duration<double, std::nano>(Clock::now() - start).count();
-        lead.nanosecondsPerIteration = elapsed / lead.done;
+        const auto now = Clock::now();
+        const double elapsed = std::chrono::duration<double, std::nano>(now - start).count();
+        if (measuredFrom == 0 && elapsed < ChunkNanoseconds) {
+            measuredFrom = lead.done;
+            start = now;
+            continue;
+        }
+        lead.nanosecondsPerIteration = elapsed / (lead.done - measuredFrom);
         if (elapsed > TrustedNanoseconds &&
             lead.nanosecondsPerIteration * (length - lead.done) > WorthSharingNanoseconds)
             return OK;
