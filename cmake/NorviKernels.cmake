@@ -124,6 +124,7 @@ function(_norvi_add_kernel_module target file_name options)
   target_link_options(${target} PRIVATE -Wl,--version-script=${NORVI_MODULE_EXPORTS})
   set_target_properties(${target} PROPERTIES
     PREFIX "" OUTPUT_NAME ${file_name}
+    UNITY_BUILD OFF # two kernels may use one name, and macros
     CXX_EXTENSIONS OFF LINK_DEPENDS ${NORVI_MODULE_EXPORTS}
     LIBRARY_OUTPUT_DIRECTORY ${arg_MODULE_DIR})
 endfunction()

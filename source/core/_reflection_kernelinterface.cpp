@@ -7,7 +7,7 @@ namespace norvi {
 
 namespace {
 
-const InterfaceRecord g_record{
+const InterfaceRecord g_kernelRecord{
     KernelInterface::InterfaceId,
     "norvi::Kernel::KernelRef",
     {
@@ -24,7 +24,7 @@ const InterfaceRecord g_record{
         {"GetGranularity", "const Int&", {}},
     }};
 
-InterfaceDeclaration g_declaration(g_norvi, g_record);
+InterfaceDeclaration g_kernelDeclaration(g_norvi, g_kernelRecord);
 
 } // namespace
 

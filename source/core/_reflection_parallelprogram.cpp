@@ -7,7 +7,7 @@ namespace norvi {
 
 namespace {
 
-const InterfaceRecord g_record{
+const InterfaceRecord g_parallelProgramRecord{
     ParallelProgramInterface::InterfaceId,
     "norvi::ParallelProgramRef",
     {
@@ -141,7 +141,7 @@ const InterfaceRecord g_record{
           {"functionNameInverse", "String"}}},
     }};
 
-InterfaceDeclaration g_declaration(g_norvi, g_record);
+InterfaceDeclaration g_parallelProgramDeclaration(g_norvi, g_parallelProgramRecord);
 
 } // namespace
 

@@ -7,7 +7,7 @@ namespace norvi {
 
 namespace {
 
-ClassDeclaration g_dataTypes[] = {
+ClassDeclaration g_entryTypes[] = {
     DeclareDataType<DataBufferEntry>("net.norvi.datatype.shaderdataentries.databufferentry"),
     DeclareDataType<TextureSamplerEntry>("net.norvi.datatype.shaderdataentries.texturesamplerentry"),
 };

@@ -67,7 +67,6 @@ TEST_F(TextureTest, ChecksComeInOrderAndChangeNothing) {
             [=](auto& p) { return p.CopyTextureBytes(source, target, count, sourceOffset, targetOffset); },
             argument, message};
     };
-    constexpr Int Max = std::numeric_limits<Int>::max();
     ExpectFailures(
         *program,
         {{"Store", [&](auto& p) { return p.StoreTextureBindData("t", noExtent, false); }, argument,
@@ -82,7 +81,8 @@ TEST_F(TextureTest, ChecksComeInOrderAndChangeNothing) {
          copy("t", "none", -1, 0, 0, "target texture could not be found."),
          copy("t", "short", -1, 0, 0, "If bytesCount is negative, both textures should be of the same size."),
          copy("t", "short", 17, 0, 9, "bytesCount + sourceBytesOffset is larger than source texture size."),
-         copy("t", "short", Max, 8, 0, "bytesCount + sourceBytesOffset is larger than source texture size."),
+         copy("t", "short", std::numeric_limits<Int>::max(), 8, 0,
+              "bytesCount + sourceBytesOffset is larger than source texture size."),
          copy("t", "short", 4, -4, 0, "bytesCount + sourceBytesOffset is larger than source texture size."),
          copy("t", "short", 9, 0, 0, "bytesCount + targetBytesOffset is larger than target texture size."),
          {"Swap", [](auto& p) { return p.SwapTextures("none", "t"); }, argument,

@@ -1,5 +1,3 @@
-#include "norvi/run_command.h"
-
 #include <cmath>
 
 #include "norvi/npy_file.h"
@@ -9,10 +7,6 @@
 namespace norvi {
 
 namespace {
-
-String RunMessage(const RunOptions& options) {
-    return MessageOf(RunKernel(options, LoadedContext()));
-}
 
 BaseArray<Float64> ReadNumbers(const String& path) {
     const auto array = ReadNpy(path);

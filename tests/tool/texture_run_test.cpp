@@ -2,7 +2,6 @@
 #include "norvi/info_command.h"
 #include "norvi/npy_file.h"
 #include "norvi/picture.h"
-#include "norvi/run_command.h"
 #include "tool_fixture.h"
 
 namespace norvi {
@@ -24,10 +23,6 @@ RunOptions Resample(const ScratchFolder& folder, const String& options) {
     run.uniforms = {"angle=0", "zoom=1"};
     run.outputs = {"result=" + folder.File("r.npy")};
     return run;
-}
-
-String RunMessage(const RunOptions& options) {
-    return MessageOf(RunKernel(options, LoadedContext()));
 }
 
 /// Red, or another channel, of the result's first row.

@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include "norvi/command.h"
+#include "norvi/run_command.h"
 
 namespace norvi {
 
@@ -33,6 +34,12 @@ inline CommandContext& LoadedContext() {
 inline void UnloadContext() {
     TestContext() = {};
 }
+
+/// Ends the context before the modules' own static objects, which were made after it, are destroyed.
+class UnloadAtEnd : public testing::Environment {
+    void TearDown() override { UnloadContext(); }
+};
+inline auto* const g_unloadAtEnd = testing::AddGlobalTestEnvironment(new UnloadAtEnd);
 
 /// A folder that is made for a test and removed after it.
 class ScratchFolder {
@@ -63,6 +70,11 @@ class ScratchFolder {
 template <typename T>
 String MessageOf(const Result<T>& result) {
     return result ? String() : result.GetError().GetMessage();
+}
+
+/// What is wrong with a run, or nothing.
+inline String RunMessage(const RunOptions& options) {
+    return MessageOf(RunKernel(options, LoadedContext()));
 }
 
 } // namespace norvi

@@ -138,7 +138,8 @@ struct LoadedModule {
 
 /// Loads modules and keeps them loaded; the destructor stops them, last first. Objects of a module's classes
 /// must be gone by then. The code and constants of a module that was started stay in memory until the process
-/// ends, so that values and errors that came from it may outlive the loader. Used by one thread.
+/// ends, so that values and errors that came from it may outlive the loader. A loader must not be a static
+/// object: when the process ends, what the modules declared is destroyed before it. Used by one thread.
 class ModuleLoader {
   public:
     ModuleLoader() = default;

@@ -188,13 +188,7 @@ constexpr std::array<OperationInfo, FormulaOperationCount> g_operations{{
     Row(Op::RandomOfInteger, [](Float x, Float y) -> Float { return Random(x, std::bit_cast<UInt32>(y)); }),
 }};
 
-constexpr bool IsInOrder() {
-    for (size_t i = 0; i < g_operations.size(); ++i)
-        if (g_operations[i].operation != static_cast<Op>(i))
-            return false;
-    return true;
-}
-static_assert(IsInOrder());
+static_assert(AreInOrder(g_operations));
 
 constexpr OperationInfo g_constantPowers[] = {
     Row(Op::Power, [](Float x) -> Float { return Square(x); }),

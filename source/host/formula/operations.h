@@ -17,6 +17,15 @@ struct OperationInfo {
     BlockFunction block;
 };
 
+/// Whether row i of a table is that of the operation with number i.
+template <typename Table>
+constexpr bool AreInOrder(const Table& rows) {
+    for (size_t i = 0; i < rows.size(); ++i)
+        if (rows[i].operation != static_cast<FormulaOperation>(i))
+            return false;
+    return true;
+}
+
 const OperationInfo& GetOperationInfo(FormulaOperation operation);
 
 /// The power with this constant exponent as an operation of one operand, or null where there is none.

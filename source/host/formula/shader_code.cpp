@@ -3,8 +3,9 @@
 #include <bit>
 #include <cmath>
 
-#include <norvi/host/formula.h>
 #include <norvi/host/text.h>
+
+#include "operations.h"
 
 namespace norvi {
 
@@ -105,13 +106,7 @@ constexpr struct {
     std::string_view text;
 } constantPowers[] = {{2, "$x * $x"}, {3, "$x * $x * $x"}, {4, "($x * $x) * ($x * $x)"}};
 
-constexpr bool IsInOrder() {
-    for (size_t i = 0; i < operationTexts.size(); ++i)
-        if (operationTexts[i].operation != static_cast<Op>(i))
-            return false;
-    return true;
-}
-static_assert(IsInOrder());
+static_assert(AreInOrder(operationTexts));
 
 String LiteralText(Float value) {
     if (!std::isfinite(value))

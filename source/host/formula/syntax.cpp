@@ -206,7 +206,6 @@ Result<Int32> SyntaxReader::ReadCall(const Token& name) {
 
 Result<Int32> SyntaxReader::AddCall(const FunctionInfo& function, BaseArray<Int32> arguments,
                                     size_t position) {
-    using Angle = FunctionInfo::Angle;
     while (arguments.size() < function.mostArguments) {
         NORVI_TRY_VALUE(missing, builder_.AddConstant(0, position));
         arguments.push_back(missing);
@@ -218,13 +217,13 @@ Result<Int32> SyntaxReader::AddCall(const FunctionInfo& function, BaseArray<Int3
         if (isVariable && variables_[static_cast<size_t>(seed.variable)].isInteger)
             operation = Op::RandomOfInteger;
     }
-    const Angle angle = settings_.anglesInDegrees ? function.angle : Angle::None;
-    if (angle == Angle::Taken) {
+    const auto angle = settings_.anglesInDegrees ? function.angle : FunctionInfo::Angle::None;
+    if (angle == FunctionInfo::Angle::Taken) {
         NORVI_TRY_VALUE(radians, builder_.AddOperation(Op::Radians, arguments, position));
         arguments[0] = radians;
     }
     NORVI_TRY_VALUE(call, builder_.AddOperation(operation, arguments, position));
-    if (angle == Angle::Given)
+    if (angle == FunctionInfo::Angle::Given)
         return builder_.AddOperation(Op::Degrees, {&call, 1}, position);
     return Int32(call);
 }
