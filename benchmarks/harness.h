@@ -22,7 +22,7 @@ struct Measurement {
 
 struct Settings {
     int rounds = 11;
-    double secondsPerSample = 0.004; ///< a contender is repeated until a sample lasts so long
+    double secondsPerSample = 0.02; ///< a contender is repeated until a sample lasts so long
     double idleSeconds = 0;          ///< pause before each run, which is then timed by itself
 };
 

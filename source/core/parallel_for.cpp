@@ -169,7 +169,7 @@ Result<void> RunOnWorkers(UInt32 from, UInt32 to, Int granularity, UInt32 chunkS
 // down, a higher one leaves medium ones on a single core.
 constexpr double WorthSharingNanoseconds = 6000;
 // Below this the time per iteration is too uncertain to conclude from.
-constexpr double TrustedNanoseconds = 300;
+constexpr double TrustedNanoseconds = 100;
 // A chunk lasts about as long as this, so that taking it costs next to nothing.
 constexpr double ChunkNanoseconds = 20000;
 
@@ -186,7 +186,7 @@ Result<void> RunLead(UInt32 from, UInt32 to, UInt32 granularity, const LoopBody&
     const UInt32 length = to - from;
     auto start = Clock::now();
     UInt32 measuredFrom = 0;
-    for (UInt32 run = granularity;; run = lead.done * 3) {
+    for (UInt32 run = granularity;;) {
         const UInt32 count = std::min(run, length - lead.done);
         NORVI_TRY(body.run(body.closure, 0, from + lead.done, from + lead.done + count, never));
         lead.done += count;
@@ -194,15 +194,18 @@ Result<void> RunLead(UInt32 from, UInt32 to, UInt32 granularity, const LoopBody&
             return OK;
         const auto now = Clock::now();
         const double elapsed = std::chrono::duration<double, std::nano>(now - start).count();
+        run = lead.done * 3;
         if (measuredFrom == 0 && elapsed < ChunkNanoseconds) {
             measuredFrom = lead.done;
             start = now;
             continue;
         }
         lead.nanosecondsPerIteration = elapsed / (lead.done - measuredFrom);
-        if (elapsed > TrustedNanoseconds &&
-            lead.nanosecondsPerIteration * (length - lead.done) > WorthSharingNanoseconds)
+        if (elapsed < TrustedNanoseconds)
+            continue;
+        if (lead.nanosecondsPerIteration * (length - lead.done) > WorthSharingNanoseconds)
             return OK;
+        run = length;
     }
 }
 
