@@ -2,6 +2,8 @@
 
 #include <norvi/host/data.h>
 
+#include "support/results.h"
+
 namespace norvi {
 namespace {
 
@@ -26,20 +28,15 @@ TYPED_TEST(DataWith, CopiesAndMovesOwnTheirValues) {
     Data first = TypeParam(1);
     Data copy = first;
     for (const Data* data : {&first, &copy}) {
-        ASSERT_TRUE(data->Get<TypeParam>());
-        EXPECT_EQ(data->Get<TypeParam>()->GetNumber(), 1);
-        EXPECT_EQ(data->GetAddress(), data->Get<TypeParam>());
+        EXPECT_EQ(data->ToString(), "tracked 1");
         EXPECT_EQ(reinterpret_cast<std::uintptr_t>(data->GetAddress()) % alignof(TypeParam), 0u);
     }
     EXPECT_TRUE(copy == first);
     copy = TypeParam(2);
     EXPECT_FALSE(copy == first);
-    EXPECT_EQ(first.Get<TypeParam>()->GetNumber(), 1);
-
     Data moved = std::move(first);
     EXPECT_TRUE(first.IsEmpty());
     EXPECT_EQ(first.GetAddress(), nullptr);
-    EXPECT_EQ(moved.ToString(), "tracked 1");
     first = moved;
     const Data fromType = Data::Copy(first.GetType(), first.GetAddress());
     EXPECT_TRUE(fromType == moved);
@@ -50,7 +47,6 @@ TYPED_TEST(DataWith, AssignmentReplacesValuesOfEveryTypeAndItself) {
     Data data = TypeParam(1);
     Data& self = data;
     data = self;
-    EXPECT_EQ(data.ToString(), "tracked 1");
     data = std::move(self);
     EXPECT_EQ(data.ToString(), "tracked 1");
     data = 7;
@@ -61,9 +57,8 @@ TYPED_TEST(DataWith, AssignmentReplacesValuesOfEveryTypeAndItself) {
     std::swap(data, text);
     EXPECT_EQ(*data.Get<String>(), "text");
     EXPECT_EQ(text.ToString(), "tracked 2");
-    data = TypeParam(3);
-    data = Data();
-    EXPECT_TRUE(data.IsEmpty());
+    text = Data();
+    EXPECT_TRUE(text.IsEmpty());
 }
 
 TYPED_TEST(DataWith, ValueThatCannotBeCopiedLeavesNothingBehind) {
@@ -79,16 +74,14 @@ TYPED_TEST(DataWith, ValueThatCannotBeCopiedLeavesNothingBehind) {
     EXPECT_EQ(Tracked::living, 2);
 }
 
-TEST(Data, KeepsSharedOwnershipAndContainers) {
+TEST(Data, LetsGoOfSharedOwnershipWithItsValue) {
     const auto shared = std::make_shared<int>(5);
     Data data = shared;
     EXPECT_EQ(shared.use_count(), 2);
-    const Data vector = BaseArray<String>{"a", String(50, 'b')};
-    data = vector;
-    EXPECT_EQ(shared.use_count(), 1);
-    EXPECT_EQ(data.Get<BaseArray<String>>()->at(1), String(50, 'b'));
     const char* text = "pointer to text";
-    EXPECT_EQ(*Data(text).Get<String>(), "pointer to text");
+    data = text;
+    EXPECT_EQ(shared.use_count(), 1);
+    EXPECT_EQ(*data.Get<String>(), "pointer to text");
 }
 
 TEST(Data, GivesTheValueOnlyAsItsOwnType) {
@@ -96,11 +89,10 @@ TEST(Data, GivesTheValueOnlyAsItsOwnType) {
     EXPECT_EQ(*data.GetAs<Float32>(), 1.5f);
     EXPECT_EQ(data.Get<Float64>(), nullptr);
     const Result<Vector32> wrong = data.GetAs<Vector32>();
-    ASSERT_FALSE(wrong.IsOk());
-    EXPECT_TRUE(wrong.GetError().Is(errorkind::IllegalState));
-    EXPECT_EQ(wrong.GetError().GetMessage(), "Data holds float32, but Vector32 is needed.");
+    EXPECT_TRUE(FailsWith(wrong, errorkind::IllegalState, "Data holds float32, but Vector32 is needed."));
     EXPECT_STREQ(wrong.GetError().GetLocation().file, __FILE__);
-    EXPECT_EQ(Data().GetAs<Int32>().GetError().GetMessage(), "Data holds nothing, but int32 is needed.");
+    EXPECT_TRUE(FailsWith(Data().GetAs<Int32>(), errorkind::IllegalState,
+                          "Data holds nothing, but int32 is needed."));
 }
 
 TEST(Data, ShowsComparesAndHashesByValue) {

@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <filesystem>
@@ -7,11 +6,10 @@
 
 #include <dlfcn.h>
 
-#include <gtest/gtest.h>
-
 #include <norvi/host/module.h>
 
 #include "log_recorder.h"
+#include "support/results.h"
 
 namespace norvi {
 namespace {
@@ -61,16 +59,14 @@ class ModuleLoaderTest : public testing::Test {
 
 TEST_F(ModuleLoaderTest, StartsInOrderOfDeclarationAndUndoesInReverse) {
     const String path = Place("base", "base.so");
-    ASSERT_TRUE(loader->Load(path).IsOk());
+    ASSERT_OK(loader->Load(path));
     EXPECT_EQ(log.entries, (BaseArray<String>{"info: start base.first", "info: start base.last"}));
     const Class* found = FindClass("base.class");
     ASSERT_NE(found, nullptr);
     EXPECT_EQ(Registry::Get("test.fixture.registry").FindEntryValue("base.class"), found);
-    ASSERT_EQ(loader->GetModules().size(), 1u);
-    const LoadedModule module = loader->GetModules()[0];
-    EXPECT_EQ(module.path, path);
-    EXPECT_EQ(module.record->Resolve(Declaration::Kind::Class, "base.class"), found);
-    EXPECT_EQ(module.record->Resolve(Declaration::Kind::Registry, "test.fixture.registry"),
+    const ModuleRecord& record = *loader->GetModules().at(0).record;
+    EXPECT_EQ(record.Resolve(Declaration::Kind::Class, "base.class"), found);
+    EXPECT_EQ(record.Resolve(Declaration::Kind::Registry, "test.fixture.registry"),
               &Registry::Get("test.fixture.registry"));
 
     log.entries.clear();
@@ -82,41 +78,45 @@ TEST_F(ModuleLoaderTest, StartsInOrderOfDeclarationAndUndoesInReverse) {
 
 TEST_F(ModuleLoaderTest, LoadingAgainDoesNothing) {
     const String path = Place("base", "base.so"), copy = Place("base", "other_name.so");
-    ASSERT_TRUE(loader->Load(path).IsOk());
+    fs::create_symlink("base.so", folder / "link.so");
+    ASSERT_OK(loader->LoadDirectory(folder.string()));
     log.entries.clear();
-    EXPECT_TRUE(loader->Load(path).IsOk());
-    EXPECT_TRUE(loader->Load(copy).IsOk());
-    EXPECT_TRUE(loader->LoadDirectory(folder.string()).IsOk());
-    EXPECT_EQ(LoadedIds(), "base ");
+    for (const String& again : {path, copy})
+        EXPECT_OK(loader->Load(again));
+    EXPECT_OK(loader->LoadDirectory(folder.string()));
     EXPECT_TRUE(log.entries.empty());
     EXPECT_FALSE(IsInMemory(copy));
     ModuleLoader moved = std::move(*loader);
     loader.emplace();
-    EXPECT_EQ(moved.GetModules().size(), 1u);
     *loader = std::move(moved);
     EXPECT_EQ(LoadedIds(), "base ");
 }
 
 TEST_F(ModuleLoaderTest, WhatIsNoModuleIsRefusedAndLeavesNothing) {
-    std::ofstream(folder / "text.so") << "no library at all";
-    const struct {
-        String path;
-        const char* reason;
-    } cases[] = {
-        {(folder / "missing.so").string(), "cannot open shared object file"},
-        {(folder / "text.so").string(), "file too short"},
+    const String missing = (folder / "missing.so").string(), text = (folder / "text.so").string();
+    std::ofstream(text) << "no library at all";
+    const std::pair<String, const char*> cases[] = {
+        {missing, "cannot open shared object file"},
+        {text, "file too short"},
         {folder.string(), "cannot read file data: Is a directory"},
         {Place("no_module", "no_module.so"), "it exports no symbol g_norvi"},
         {Place("other_version", "other_version.so"), "it was built for another version of the host"},
     };
-    for (const auto& test : cases) {
-        const Result<void> loaded = loader->Load(test.path);
-        ASSERT_FALSE(loaded.IsOk()) << test.path;
+    for (const auto& [path, reason] : cases) {
+        const Result<void> loaded = loader->Load(path);
+        ASSERT_FALSE(loaded.IsOk()) << path;
         const Error& error = loaded.GetError();
         EXPECT_TRUE(error.Is(errorkind::IllegalArgument));
-        EXPECT_NE(error.GetMessage().find(test.path), String::npos) << error.GetMessage();
-        EXPECT_NE(error.GetMessage().find(test.reason), String::npos) << error.GetMessage();
-        EXPECT_FALSE(IsInMemory(test.path));
+        EXPECT_NE(error.GetMessage().find(path), String::npos) << error.GetMessage();
+        EXPECT_NE(error.GetMessage().find(reason), String::npos) << error.GetMessage();
+        EXPECT_FALSE(IsInMemory(path));
+    }
+    for (const auto& [path, code] : {std::pair{missing, ENOENT}, std::pair{text, ENOTDIR}}) {
+        const Result<void> loaded = loader->LoadDirectory(path);
+        ASSERT_FALSE(loaded.IsOk()) << path;
+        EXPECT_TRUE(loaded.GetError().Is(errorkind::System));
+        EXPECT_EQ(loaded.GetError().GetNativeCode(), code);
+        EXPECT_NE(loaded.GetError().GetMessage().find(path), String::npos);
     }
     EXPECT_EQ(LoadedIds(), "");
 }
@@ -124,41 +124,34 @@ TEST_F(ModuleLoaderTest, WhatIsNoModuleIsRefusedAndLeavesNothing) {
 TEST_F(ModuleLoaderTest, MissingDependencyIsNamedAndUndone) {
     const String orphan = Place("orphan", "orphan.so"), dependent = Place("dependent", "dependent.so");
     for (const auto& [path, needs] : {std::pair{orphan, "base absent"}, std::pair{dependent, " base"}}) {
-        const Result<void> loaded = loader->Load(path);
-        ASSERT_FALSE(loaded.IsOk());
-        EXPECT_TRUE(loaded.GetError().Is(errorkind::IllegalState));
-        EXPECT_EQ(loaded.GetError().GetMessage(),
-                  Format("the module '@' needs the modules '@', which are not loaded", path, needs));
+        EXPECT_TRUE(
+            FailsWith(loader->Load(path), errorkind::IllegalState,
+                      Format("the module '@' needs the modules '@', which are not loaded", path, needs)));
         EXPECT_FALSE(IsInMemory(path));
     }
-    ASSERT_TRUE(loader->Load(Place("base", "base.so")).IsOk());
-    EXPECT_TRUE(loader->Load(dependent).IsOk());
+    ASSERT_OK(loader->Load(Place("base", "base.so")));
+    EXPECT_OK(loader->Load(dependent));
     EXPECT_FALSE(loader->Load(orphan).IsOk());
     EXPECT_EQ(LoadedIds(), "base dependent ");
 }
 
 TEST_F(ModuleLoaderTest, FailedStartUndoesWhatWasStarted) {
-    const String path = Place("failing", "failing.so");
-    const Result<void> loaded = loader->Load(path);
-    ASSERT_FALSE(loaded.IsOk());
-    ASSERT_GE(log.entries.size(), 2u);
-    EXPECT_EQ(log.entries[0], "info: start failing.first");
-    EXPECT_EQ(log.entries[1], "info: stop failing.first");
+    const Result<void> loaded = loader->Load(Place("failing", "failing.so"));
+    EXPECT_EQ(log.entries.at(0) + ", " + log.entries.at(1),
+              "info: start failing.first, info: stop failing.first");
     EXPECT_EQ(FindClass("failing.class"), nullptr);
     EXPECT_EQ(LoadedIds(), "");
     // The error holds although the code that made it may be gone.
-    EXPECT_TRUE(loaded.GetError().Is(errorkind::IllegalState));
-    EXPECT_EQ(loaded.GetError().ToString().find("failing.last does not start"), 0u);
+    EXPECT_TRUE(FailsWith(loaded, errorkind::IllegalState, "failing.last does not start"));
 }
 
 TEST_F(ModuleLoaderTest, ClassThatIsEnteredAlreadyIsRefusedAndKeepsItsEntry) {
     const Class taken("base.class", nullptr);
     for (const char* registry : {registryid::Classes, "test.fixture.registry"}) {
-        ASSERT_TRUE(Registry::Get(registry).InsertEntry("base.class", &taken).IsOk());
-        const Result<void> loaded = loader->Load(Place("base", String(registry) + ".so"));
-        ASSERT_FALSE(loaded.IsOk()) << registry;
-        EXPECT_EQ(loaded.GetError().GetMessage(),
-                  Format("'base.class' is already entered in the registry '@'", registry));
+        ASSERT_OK(Registry::Get(registry).InsertEntry("base.class", &taken));
+        EXPECT_TRUE(FailsWith(loader->Load(Place("base", String(registry) + ".so")),
+                              errorkind::IllegalArgument,
+                              Format("'base.class' is already entered in the registry '@'", registry)));
         EXPECT_EQ(Registry::Get(registry).FindEntryValue("base.class"), &taken);
         Registry::Get(registry).EraseEntry("base.class");
         EXPECT_EQ(Registry::Get(registryid::Classes).GetIds(), classesBefore);
@@ -170,7 +163,7 @@ TEST_F(ModuleLoaderTest, DirectoryIsLoadedInOrderOfDependency) {
     Place("dependent", "b.so");
     Place("base", "c.so");
     std::ofstream(folder / "readme.txt") << "no module";
-    ASSERT_TRUE(loader->LoadDirectory(folder.string()).IsOk());
+    ASSERT_OK(loader->LoadDirectory(folder.string()));
     EXPECT_EQ(LoadedIds(), "base dependent last ");
     log.entries.clear();
     loader.reset();
@@ -180,43 +173,19 @@ TEST_F(ModuleLoaderTest, DirectoryIsLoadedInOrderOfDependency) {
 }
 
 TEST_F(ModuleLoaderTest, DirectoryPassesOverWhatDoesNotLoad) {
-    const char* const fixtures[] = {"no_module", "other_version", "failing", "orphan"};
-    for (const char* fixture : fixtures) {
-        const String directory = (folder / fixture).string();
-        const String bad = Place(fixture, String(fixture) + "/b.so");
-        Place("base", String(fixture) + "/a.so");
-        Place("dependent", String(fixture) + "/c.so");
+    for (const String fixture : {"no_module", "other_version", "failing", "orphan"}) {
+        SCOPED_TRACE(fixture);
+        const String bad = Place(fixture, fixture + "/b.so");
+        Place("base", fixture + "/a.so");
+        Place("dependent", fixture + "/c.so");
         log.entries.clear();
+        EXPECT_OK(loader->LoadDirectory((folder / fixture).string()));
+        EXPECT_EQ(LoadedIds(), "base dependent ");
+        EXPECT_EQ(
+            std::erase_if(log.entries, [](const String& entry) { return entry.starts_with("warning: "); }),
+            1u);
+        EXPECT_EQ(IsInMemory(bad), fixture == "failing");
         loader.emplace();
-        EXPECT_TRUE(loader->LoadDirectory(directory).IsOk()) << fixture;
-        EXPECT_EQ(LoadedIds(), "base dependent ") << fixture;
-        EXPECT_EQ(std::count_if(log.entries.begin(), log.entries.end(),
-                                [](const String& entry) { return entry.starts_with("warning: "); }),
-                  1)
-            << fixture;
-        EXPECT_EQ(IsInMemory(bad), String(fixture) == "failing") << fixture;
-        loader.reset();
-    }
-    loader.emplace();
-}
-
-TEST_F(ModuleLoaderTest, TwoFilesOfOneModuleInADirectoryAreOneModule) {
-    Place("base", "a.so");
-    Place("base", "b.so");
-    fs::create_symlink("a.so", folder / "c.so");
-    EXPECT_TRUE(loader->LoadDirectory(folder.string()).IsOk());
-    EXPECT_EQ(LoadedIds(), "base ");
-}
-
-TEST_F(ModuleLoaderTest, DirectoryThatCannotBeReadIsASystemError) {
-    std::ofstream(folder / "file") << "no directory";
-    for (const auto& [name, code] : {std::pair{"missing", ENOENT}, std::pair{"file", ENOTDIR}}) {
-        const String directory = (folder / name).string();
-        const Result<void> loaded = loader->LoadDirectory(directory);
-        ASSERT_FALSE(loaded.IsOk()) << name;
-        EXPECT_TRUE(loaded.GetError().Is(errorkind::System));
-        EXPECT_EQ(loaded.GetError().GetNativeCode(), code);
-        EXPECT_NE(loaded.GetError().GetMessage().find(directory), String::npos);
     }
 }
 
@@ -225,12 +194,11 @@ TEST_F(ModuleLoaderTest, WideVariantIsTakenWhereTheProcessorHasIt) {
     const String path = Place("base", "m.so"), wide = Place("base", "m.x86-64-v3.so");
     const bool suits =
         __builtin_cpu_supports("avx2") && __builtin_cpu_supports("bmi2") && __builtin_cpu_supports("fma");
-    ASSERT_TRUE(loader->Load(path).IsOk());
-    ASSERT_EQ(loader->GetModules().size(), 1u);
-    EXPECT_EQ(loader->GetModules()[0].path, suits ? wide : path);
+    ASSERT_OK(loader->Load(path));
+    EXPECT_EQ(loader->GetModules().at(0).path, suits ? wide : path);
     loader.emplace();
-    ASSERT_TRUE(loader->LoadDirectory(folder.string()).IsOk());
-    EXPECT_EQ(loader->GetModules().size(), 1u);
+    ASSERT_OK(loader->LoadDirectory(folder.string()));
+    EXPECT_EQ(LoadedIds(), "base ");
 #else
     GTEST_SKIP() << "there is one variant only on this processor";
 #endif
@@ -242,7 +210,7 @@ TEST_F(ModuleLoaderTest, DefaultIncludesTheDirectoriesOfTheEnvironment) {
     setenv("NORVI_MODULE_PATH", Format(":@/one::@/two", folder.string(), folder.string()).c_str(), 1);
     Result<ModuleLoader> loaded = ModuleLoader::LoadDefault();
     unsetenv("NORVI_MODULE_PATH");
-    ASSERT_TRUE(loaded.IsOk()) << loaded.GetError().GetMessage();
+    ASSERT_OK(loaded);
     *loader = *std::move(loaded);
     EXPECT_NE(LoadedIds().find("base dependent "), String::npos) << LoadedIds();
 }

@@ -8,10 +8,7 @@ namespace {
 TEST(NearName, SuggestsTheNearestCandidateWithinTheLimit) {
     const std::vector<std::string_view> candidates = {"sin", "sinh", "smoothstep", "clamp",
                                                       "max", "min",  "e",          "pi"};
-    struct {
-        const char* name;
-        const char* expected;
-    } cases[] = {
+    const std::pair<const char*, const char*> cases[] = {
         {"sni", "sin"},              // neighbours swapped
         {"sn", "sin"},               // one left out
         {"clampp", "clamp"},         // one too many
@@ -28,12 +25,9 @@ TEST(NearName, SuggestsTheNearestCandidateWithinTheLimit) {
         {"", ""},                    //
         {"sin", "sin"},              // an exact match is the nearest
     };
-    for (const auto& test : cases)
-        EXPECT_EQ(SuggestNearName(test.name, candidates), test.expected) << test.name;
+    for (const auto& [name, expected] : cases)
+        EXPECT_EQ(SuggestNearName(name, candidates), expected) << name;
     EXPECT_EQ(SuggestNearName("sin", {}), "");
-}
-
-TEST(NearName, HandlesNamesUpToAndBeyondTheLengthLimit) {
     const String longest(64, 'a'), beyond(65, 'a'), near = String(66, 'a') + "b", huge(1 << 20, 'a');
     EXPECT_EQ(SuggestNearName(longest, {near}), near);
     EXPECT_EQ(SuggestNearName(beyond, {near}), "");

@@ -1,11 +1,10 @@
 #include <atomic>
 #include <thread>
 
-#include <gtest/gtest.h>
-
 #include <norvi/host/registry.h>
 
 #include "log_recorder.h"
+#include "support/results.h"
 
 namespace norvi {
 namespace {
@@ -33,23 +32,17 @@ const Class g_starved("test.starved", []() -> ObjectRef { throw std::bad_alloc()
 
 TEST(Registry, KeepsTheFirstEntryOfAnId) {
     Registry& registry = Registry::Get("test.registry");
-    EXPECT_EQ(&Registry::Get(String("test.registry")), &registry);
-    EXPECT_NE(&Registry::Get("test.registry.other"), &registry);
     for (const char* id : {"c", "a", "b"})
-        ASSERT_TRUE(registry.InsertEntry(id, &g_parrot).IsOk());
-    const Result<void> second = registry.InsertEntry("a", &g_mute);
-    ASSERT_FALSE(second.IsOk());
-    EXPECT_TRUE(second.GetError().Is(errorkind::IllegalArgument));
-    EXPECT_EQ(second.GetError().GetMessage(), "'a' is already entered in the registry 'test.registry'");
-    EXPECT_EQ(registry.FindEntryValue("a"), &g_parrot);
+        ASSERT_OK(registry.InsertEntry(id, &g_parrot));
+    EXPECT_TRUE(FailsWith(registry.InsertEntry("a", &g_mute), errorkind::IllegalArgument,
+                          "'a' is already entered in the registry 'test.registry'"));
+    EXPECT_EQ(Registry::Get("test.registry").FindEntryValue("a"), &g_parrot);
+    EXPECT_EQ(Registry::Get("test.registry.other").FindEntryValue("a"), nullptr);
     EXPECT_EQ(registry.GetIds(), (BaseArray<Id>{"a", "b", "c"}));
-    registry.EraseEntry("a");
-    registry.EraseEntry("no such entry");
-    EXPECT_EQ(registry.FindEntryValue("a"), nullptr);
-    EXPECT_EQ(Registry::Get("test.registry.other").FindEntryValue("b"), nullptr);
-    EXPECT_TRUE(registry.InsertEntry("a", &g_mute).IsOk());
-    for (const char* id : {"c", "a", "b"})
+    for (const char* id : {"a", "no such entry", "b", "c"})
         registry.EraseEntry(id);
+    EXPECT_OK(registry.InsertEntry("a", &g_mute));
+    registry.EraseEntry("a");
     EXPECT_TRUE(registry.GetIds().empty());
 }
 
@@ -78,28 +71,18 @@ TEST(Registry, ThreadsEnterAndEraseAtTheSameTime) {
 TEST(Ref, MakesObjectsOfRegisteredClassesWithTheInterface) {
     Registry& classes = Registry::Get(registryid::Classes);
     for (const Class* entry : {&g_parrot, &g_mute, &g_starved})
-        ASSERT_TRUE(classes.InsertEntry(entry->GetId(), entry).IsOk());
+        ASSERT_OK(classes.InsertEntry(entry->GetId(), entry));
     {
         const Result<Ref<Speaker>> speaker = Ref<Speaker>::Create("test.parrot");
-        ASSERT_TRUE(speaker.IsOk());
+        ASSERT_OK(speaker);
         EXPECT_EQ((*speaker)->word, 7);
         EXPECT_EQ(static_cast<Parrot*>(speaker->get())->GetClass(), &g_parrot);
     }
-    const struct {
-        const char* id;
-        const char* kind;
-        const char* message;
-    } cases[] = {
-        {"test.unknown", errorkind::NullPtr, "no class with the id 'test.unknown' is registered"},
-        {"test.mute", errorkind::NullPtr, "the object does not implement the interface 'test.speaker'"},
-        {"test.starved", errorkind::OutOfMemory, "Out of memory"},
-    };
-    for (const auto& test : cases) {
-        const Result<Ref<Speaker>> made = Ref<Speaker>::Create(test.id);
-        ASSERT_FALSE(made.IsOk()) << test.id;
-        EXPECT_TRUE(made.GetError().Is(test.kind));
-        EXPECT_EQ(made.GetError().GetMessage(), test.message);
-    }
+    EXPECT_TRUE(FailsWith(Ref<Speaker>::Create("test.unknown"), errorkind::NullPtr,
+                          "no class with the id 'test.unknown' is registered"));
+    EXPECT_TRUE(FailsWith(Ref<Speaker>::Create("test.mute"), errorkind::NullPtr,
+                          "the object does not implement the interface 'test.speaker'"));
+    EXPECT_TRUE(FailsWith(Ref<Speaker>::Create("test.starved"), errorkind::OutOfMemory, "Out of memory"));
     EXPECT_TRUE(Ref<Speaker>::Create(static_cast<const Class*>(nullptr)).GetError().Is(errorkind::NullPtr));
     EXPECT_TRUE(Ref<Speaker>::Of(nullptr).GetError().Is(errorkind::NullPtr));
     for (const Class* entry : {&g_parrot, &g_mute, &g_starved})
@@ -108,14 +91,10 @@ TEST(Ref, MakesObjectsOfRegisteredClassesWithTheInterface) {
 
 TEST(ObjectInterface, WithoutACopyOfItsOwnReportsAndFails) {
     LogRecorder log;
-    const ObjectRef object = *g_mute.Create();
-    const Result<ObjectRef> copy = object->CopyInstance();
-    ASSERT_FALSE(copy.IsOk());
-    EXPECT_TRUE(copy.GetError().Is(errorkind::FunctionNotImplemented));
-    EXPECT_EQ(copy.GetError().GetMessage(), "'test.mute' cannot be copied");
-    ASSERT_EQ(log.entries.size(), 1u);
+    EXPECT_TRUE(FailsWith((*g_mute.Create())->CopyInstance(), errorkind::FunctionNotImplemented,
+                          "'test.mute' cannot be copied"));
     EXPECT_EQ(
-        log.entries[0].find("critical: Component test.mute has members, but CopyFrom is not implemented!"),
+        log.entries.at(0).find("critical: Component test.mute has members, but CopyFrom is not implemented!"),
         0u);
     EXPECT_FALSE(Mute().CopyInstance().IsOk()); // made by nobody's class
 }

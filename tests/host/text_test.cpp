@@ -28,15 +28,12 @@ struct CommaNumbers : std::numpunct<char> {
 
 TEST(Text, NumbersAreShortReadBackExactlyAndIgnoreTheLocale) {
     const std::locale before = std::locale::global(std::locale(std::locale(), new CommaNumbers));
-    const struct {
-        Float32 value;
-        const char* text;
-    } cases[] = {
+    const std::pair<Float32, const char*> cases[] = {
         {1, "1"},      {0.1f, "0.1"},    {-0.0f, "-0"},     {1234567, "1234567"},
         {0.5f, "0.5"}, {1e20f, "1e+20"}, {INFINITY, "inf"},
     };
-    for (const auto& test : cases)
-        EXPECT_EQ(ToText(test.value), test.text);
+    for (const auto& [value, text] : cases)
+        EXPECT_EQ(ToText(value), text);
     for (Float32 value : {1 / 3.f, 16777217.f, std::numeric_limits<Float32>::denorm_min(),
                           std::numeric_limits<Float32>::max(), -1e-7f})
         EXPECT_EQ(std::strtof(ToText(value).c_str(), nullptr), value);

@@ -106,16 +106,12 @@ void RunAndCheck(Workers& workers, BaseArray<Job>& jobs, Int first, Int count) {
     EXPECT_EQ(capacity, std::ssize(jobs));
     ThreadServices::GroupBatchAdd(group, first, count, &Job::Run);
     ThreadServices::EnqueueGroupAndWait(group);
-    Int wrongRuns = 0, wrongOutputs = 0, wrongWorkers = 0;
     for (Int i = 0; i < std::ssize(jobs); ++i) {
         const bool added = i >= first && i < first + count;
-        wrongRuns += jobs[i].runs != added;
-        wrongOutputs += jobs[i].output != (added ? 2 * i : 0);
-        wrongWorkers += jobs[i].worker >= (added ? JobQueue::GetThreadCount() : 0);
+        EXPECT_EQ(jobs[i].runs, added) << i;
+        EXPECT_EQ(jobs[i].output, added ? 2 * i : 0) << i;
+        EXPECT_LT(jobs[i].worker, added ? JobQueue::GetThreadCount() : 0) << i;
     }
-    EXPECT_EQ(wrongRuns, 0);
-    EXPECT_EQ(wrongOutputs, 0);
-    EXPECT_EQ(wrongWorkers, 0);
     // A single worker is each caller by itself, and its index is 0 for all of them.
     if (JobQueue::GetThreadCount() > 1) {
         EXPECT_EQ(workers.sharedIndices, 0);
@@ -126,19 +122,14 @@ TEST_F(ThreadServicesTest, GroupRunsEachJobOnceAndTheCallerTheFirst) {
     for (Int threads : {1, 2, 3, 7}) {
         SCOPED_TRACE(threads);
         JobQueue::SetThreadCount(threads);
-        for (Int count : {1, 2, 7, 200}) {
+        for (Int count : {0, 1, 2, 7, 200}) {
             Workers workers;
             BaseArray<Job> jobs(static_cast<std::size_t>(count) + 5);
             RunAndCheck(workers, jobs, 3, count);
-            EXPECT_EQ(jobs[3].thread, std::this_thread::get_id());
+            if (count > 0)
+                EXPECT_EQ(jobs[3].thread, std::this_thread::get_id());
         }
     }
-}
-
-TEST_F(ThreadServicesTest, GroupWithoutJobsRunsNone) {
-    Workers workers;
-    BaseArray<Job> jobs(2);
-    RunAndCheck(workers, jobs, 0, 0);
 }
 
 TEST_F(ThreadServicesTest, GroupsOfSeveralThreadsRunAtTheSameTime) {

@@ -1,25 +1,24 @@
-// The built-in spaces against the published matrices and curves, computed here in double precision.
+// The built-in spaces against the published matrices and curves.
 #include <cmath>
 #include <limits>
 
-#include <gtest/gtest.h>
-
 #include <norvi/host/color_profile_convert.h>
-#include <norvi/host/text.h>
+
+#include "support/results.h"
 
 namespace norvi {
 namespace {
 
 struct BuiltinConfigTest : testing::Test {
-    BuiltinConfigTest() { EXPECT_TRUE(UseBuiltinColorConfig().IsOk()); }
+    BuiltinConfigTest() { EXPECT_OK(UseBuiltinColorConfig()); }
 
     static Vector32 Convert(const char* source, const char* target, Vector32 color) {
         ColorProfileConvert convert;
         const auto from = ColorProfile::FromName(source), to = ColorProfile::FromName(target);
         EXPECT_TRUE(from.IsOk() && to.IsOk()) << source << ' ' << target;
-        EXPECT_TRUE(convert.Init(pixelformat::RgbF32, *from, pixelformat::RgbF32, *to, 0, 0).IsOk());
+        EXPECT_OK(convert.Init(pixelformat::RgbF32, *from, pixelformat::RgbF32, *to, 0, 0));
         Vector32 result;
-        EXPECT_TRUE(convert.Convert(&color, &result, 1).IsOk());
+        EXPECT_OK(convert.Convert(&color, &result, 1));
         return result;
     }
 };
@@ -72,11 +71,9 @@ TEST_F(BuiltinConfigTest, LinearSpacesDifferByThePublishedMatrices) {
     };
     for (const auto& row : rows) {
         const std::string what = std::string(row.source) + " to " + row.target;
-        ExpectNear(Convert(row.source, row.target, {1, 0, 0}), row.columns[0], row.tolerance, what + ", red");
-        ExpectNear(Convert(row.source, row.target, {0, 1, 0}), row.columns[1], row.tolerance,
-                   what + ", green");
-        ExpectNear(Convert(row.source, row.target, {0, 0, 1}), row.columns[2], row.tolerance,
-                   what + ", blue");
+        const Vector32 primaries[] = {{1, 0, 0}, {0, 1, 0}, {0, 0, 1}};
+        for (int i = 0; i < 3; ++i)
+            ExpectNear(Convert(row.source, row.target, primaries[i]), row.columns[i], row.tolerance, what);
     }
 }
 
@@ -88,100 +85,43 @@ TEST_F(BuiltinConfigTest, WhiteIsWhiteInEveryLinearSpace) {
         ExpectNear(Convert("Linear Rec.709", space, {1, 1, 1}), {1, 1, 1}, 2e-5, space);
 }
 
-double DecodeSrgb(double v) {
-    return v <= 0.04045 ? v / 12.92 : std::pow((v + 0.055) / 1.055, 2.4);
-}
-
-double DecodeDisplay(double v) {
-    return std::copysign(std::pow(std::abs(v), 2.4), v);
-}
-
-double DecodeCamera709(double v) {
-    return v < 0.08124 ? v / 4.5 : std::pow((v + 0.0992968268) / 1.0992968268, 1 / 0.45);
-}
-
-double DecodeAcescct(double v) {
-    return v <= 0.155251141552511 ? (v - 0.0729055341958355) / 10.5402377416545 : std::exp2(v * 17.52 - 9.72);
-}
-
-double DecodeAcescc(double v) {
-    return v < (9.72 - 15) / 17.52 ? (std::exp2(v * 17.52 - 9.72) - std::exp2(-16)) * 2
-                                   : std::exp2(v * 17.52 - 9.72);
-}
-
-double DecodeLogC(double v) {
-    return v > 5.367655 * 0.010591 + 0.092809
-               ? (std::pow(10, (v - 0.385537) / 0.247190) - 0.052272) / 5.555556
-               : (v - 0.092809) / 5.367655;
-}
-
-double DecodeCanonLog2(double v) {
-    const double x = v < 0.092864125 ? -(std::pow(10, (0.092864125 - v) / 0.24136077) - 1) / 87.099375
-                                     : (std::pow(10, (v - 0.092864125) / 0.24136077) - 1) / 87.099375;
-    return 0.9 * x;
-}
-
-double DecodeCanonLog3(double v) {
-    if (v < 0.097465473)
-        return -0.9 * (std::pow(10, (0.12783901 - v) / 0.36726845) - 1) / 14.98325;
-    if (v <= 0.15277891)
-        return 0.9 * (v - 0.12512219) / 1.9754798;
-    return 0.9 * (std::pow(10, (v - 0.12240537) / 0.36726845) - 1) / 14.98325;
-}
-
-double DecodeVLog(double v) {
-    return v < 0.181 ? (v - 0.125) / 5.6 : std::pow(10, (v - 0.598206) / 0.241514) - 0.00873;
-}
-
-double DecodeRedLogFilm(double v) {
-    const double black = std::pow(10, (95 - 685) / 300.0);
-    return (std::pow(10, (1023 * v - 685) / 300) - black) / (1 - black);
-}
-
-double DecodeLog3G10(double v) {
-    return v < 0 ? v / 15.1927 - 0.01 : (std::pow(10, v / 0.224282) - 1) / 155.975327 - 0.01;
-}
-
-double DecodeSLog3(double v) {
-    return v >= 171.2102946929 / 1023 ? std::pow(10, (v * 1023 - 420) / 261.5) * (0.18 + 0.01) - 0.01
-                                      : (v * 1023 - 95) * 0.01125 / (171.2102946929 - 95);
-}
-
 TEST_F(BuiltinConfigTest, EncodedSpacesFollowThePublishedCurves) {
     // The library joins the straight part and the power smoothly, so that its slope differs in the fourth
     // digit from the rounded one of the standard: there the tolerance is wider.
     constexpr double Rounded = 4e-4, Exact = 3e-6, Table = 3e-5;
+    constexpr Float32 Codes[] = {0.03f, 0.12f, 0.4f, 0.9f};
     const struct {
         const char* encoded;
         const char* linear;
-        double (*decode)(double);
+        double light[4];  ///< what the published formula gives for the codes
         double tolerance; ///< relative, and to 0.01 for smaller values
     } rows[] = {
-        {"sRGB", "Linear Rec.709", DecodeSrgb, Rounded},
-        {"Display P3", "Linear Display P3", DecodeSrgb, Rounded},
-        {"Rec.709", "Linear Rec.709", DecodeDisplay, Exact},
-        {"Rec.2020", "Linear Rec.2020", DecodeDisplay, Exact},
-        {"Camera Rec.709", "Linear Rec.709", DecodeCamera709, Exact},
-        {"ACEScct", "ACEScg", DecodeAcescct, Exact},
-        {"ACEScc", "ACEScg", DecodeAcescc, Table},
-        {"ARRI LogC3 (EI800)", "Linear ARRI Wide Gamut 3", DecodeLogC, Rounded},
-        {"CanonLog2 CinemaGamut", "Linear CinemaGamut", DecodeCanonLog2, Table},
-        {"CanonLog3 CinemaGamut", "Linear CinemaGamut", DecodeCanonLog3, Table},
-        {"V-Log V-Gamut", "Linear V-Gamut", DecodeVLog, Rounded},
-        {"REDLogFilm REDWideGamutRGB", "Linear REDWideGamutRGB", DecodeRedLogFilm, Exact},
-        {"Log3G10 REDWideGamutRGB", "Linear REDWideGamutRGB", DecodeLog3G10, Exact},
-        {"S-Log3 S-Gamut3", "Linear S-Gamut3", DecodeSLog3, Exact},
-        {"S-Log3 S-Gamut3.Cine", "Linear S-Gamut3.Cine", DecodeSLog3, Exact},
-        {"S-Log3 Venice S-Gamut3", "Linear Venice S-Gamut3", DecodeSLog3, Exact},
-        {"S-Log3 Venice S-Gamut3.Cine", "Linear Venice S-Gamut3.Cine", DecodeSLog3, Exact},
+        // clang-format off
+        {"sRGB", "Linear Rec.709", {0.00232198142, 0.0134117489, 0.132868322, 0.787412289}, Rounded},
+        {"Display P3", "Linear Display P3", {0.00232198142, 0.0134117489, 0.132868322, 0.787412289}, Rounded},
+        {"Rec.709", "Linear Rec.709", {0.000221355854, 0.00616644682, 0.110903175, 0.776572528}, Exact},
+        {"Rec.2020", "Linear Rec.2020", {0.000221355854, 0.00616644682, 0.110903175, 0.776572528}, Exact},
+        {"Camera Rec.709", "Linear Rec.709", {0.00666666667, 0.0278138321, 0.173108991, 0.809011174}, Exact},
+        {"ACEScct", "ACEScg", {-0.00407064198, 0.00446806485, 0.152618314, 66.1651671}, Exact},
+        {"ACEScc", "ACEScg", {0.0017069068, 0.00509183011, 0.152618314, 66.1651671}, Table},
+        {"ARRI LogC3 (EI800)", "Linear ARRI Wide Gamut 3", {-0.0117013854, 0.00506571305, 0.196550678, 21.6934859}, Rounded},
+        {"CanonLog2 CinemaGamut", "Linear CinemaGamut", {-0.00848978988, 0.00305313979, 0.183195625, 22.8105769}, Table},
+        {"CanonLog3 CinemaGamut", "Linear CinemaGamut", {-0.0508588172, -0.00233359562, 0.282284436, 7.80811212}, Table},
+        {"V-Log V-Gamut", "Linear V-Gamut", {-0.0169642857, -0.000892857143, 0.142388905, 17.7573722}, Rounded},
+        {"REDLogFilm REDWideGamutRGB", "Linear REDWideGamutRGB", {-0.00425243533, 0.00259208941, 0.110809886, 6.1604542}, Exact},
+        {"Log3G10 REDWideGamutRGB", "Linear REDWideGamutRGB", {-0.00768749911, 0.00556655923, 0.373004128, 66.0148211}, Exact},
+        {"S-Log3 S-Gamut3", "Linear S-Gamut3", {-0.00949330406, 0.00409787157, 0.162764063, 15.6026403}, Exact},
+        {"S-Log3 S-Gamut3.Cine", "Linear S-Gamut3.Cine", {-0.00949330406, 0.00409787157, 0.162764063, 15.6026403}, Exact},
+        {"S-Log3 Venice S-Gamut3", "Linear Venice S-Gamut3", {-0.00949330406, 0.00409787157, 0.162764063, 15.6026403}, Exact},
+        {"S-Log3 Venice S-Gamut3.Cine", "Linear Venice S-Gamut3.Cine", {-0.00949330406, 0.00409787157, 0.162764063, 15.6026403}, Exact},
+        // clang-format on
     };
     for (const auto& row : rows)
-        for (const double value : {0.01, 0.03, 0.1, 0.2, 0.4, 0.5, 0.75, 0.9}) {
-            const double expected = row.decode(value);
-            const double tolerance = row.tolerance * std::max(std::abs(expected), 0.01);
-            const auto code = static_cast<Float32>(value), light = static_cast<Float32>(expected);
-            ExpectNear(Convert(row.encoded, row.linear, {code, code, code}), {light, light, light}, tolerance,
-                       Format("@ at @", row.encoded, value));
+        for (int i = 0; i < 4; ++i) {
+            const auto light = static_cast<Float32>(row.light[i]);
+            ExpectNear(Convert(row.encoded, row.linear, {Codes[i], Codes[i], Codes[i]}),
+                       {light, light, light}, row.tolerance * std::max(std::abs(row.light[i]), 0.01),
+                       Format("@ at @", row.encoded, Codes[i]));
         }
 }
 
@@ -190,26 +130,18 @@ TEST_F(BuiltinConfigTest, NegativeValuesOfDisplaySpacesGoOnBeyondBlack) {
     EXPECT_NEAR(Convert("Rec.709", "Linear Rec.709", {-0.5f, 0, 0}).x, -std::pow(0.5, 2.4), 1e-6);
 }
 
-TEST_F(BuiltinConfigTest, EverySpaceReturnsToWhereItCameFrom) {
+TEST_F(BuiltinConfigTest, EverySpaceIsFoundByItsNamesAndReturnsToWhereItCameFrom) {
     const auto spaces = ListColorSpaces();
     ASSERT_TRUE(spaces.IsOk());
     EXPECT_EQ(spaces->size(), 32u);
-    for (const ColorSpaceInfo& space : *spaces)
+    for (const ColorSpaceInfo& space : *spaces) {
+        for (const String& alias : space.aliases)
+            EXPECT_EQ((*ColorProfile::FromName(alias))->GetName(), space.name) << alias;
         for (const Float32 scale : {0.01f, 0.2f, 0.9f}) {
             const Vector32 color{0.5f * scale, 1 * scale, 0.7f * scale};
             const Vector32 there = Convert("ACES2065-1", space.name.c_str(), color);
             ExpectNear(Convert(space.name.c_str(), "ACES2065-1", there), color, 2e-4 * scale, space.name);
         }
-}
-
-TEST_F(BuiltinConfigTest, NamesAliasesAndRolesAreUniqueAndFindTheirSpace) {
-    const auto spaces = ListColorSpaces();
-    ASSERT_TRUE(spaces.IsOk());
-    for (const ColorSpaceInfo& space : *spaces) {
-        EXPECT_FALSE(space.description.empty()) << space.name;
-        EXPECT_FALSE(space.aliases.empty()) << space.name;
-        for (const String& alias : space.aliases)
-            EXPECT_EQ((*ColorProfile::FromName(alias))->GetName(), space.name) << alias;
     }
     EXPECT_EQ((*ColorProfile::FromName("scene_linear"))->GetName(), "Linear Rec.709");
     EXPECT_EQ((*ColorProfile::FromName("SRGB"))->GetName(), "sRGB");
@@ -227,7 +159,7 @@ TEST_F(BuiltinConfigTest, SpecialValuesOfOneChannelLeaveTheOthersAlone) {
     // A curve works on each channel by itself.
     for (const Float32 special : {std::nanf(""), Infinity, -Infinity}) {
         const Vector32 result = Convert("sRGB", "Linear Rec.709", {special, 0.5f, 1});
-        EXPECT_NEAR(result.y, DecodeSrgb(0.5), 1e-6);
+        EXPECT_NEAR(result.y, 0.214041140, 1e-6);
         EXPECT_EQ(std::isnan(special), std::isnan(result.x));
     }
 }

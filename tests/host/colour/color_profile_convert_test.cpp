@@ -110,11 +110,9 @@ TEST_F(ColorProfileConvertTest, ConvertsInPlace) {
 
 TEST_F(ColorProfileConvertTest, DataIsNeverConverted) {
     ASSERT_OK(convert.Init(RgbF32, *ColorProfile::FromName("Raw"), RgbF32, logC, 0, 0));
-    Float32 pixel[3] = {0.25f, -1, 7};
-    ASSERT_OK(convert.Convert(pixel, pixel, 1));
-    EXPECT_EQ(pixel[0], 0.25f);
-    EXPECT_EQ(pixel[1], -1);
-    EXPECT_EQ(pixel[2], 7);
+    Vector32 pixel{0.25f, -1, 7};
+    ASSERT_OK(convert.Convert(&pixel, &pixel, 1));
+    EXPECT_EQ(pixel, (Vector32{0.25f, -1, 7}));
 }
 
 TEST_F(ColorProfileConvertTest, ManyThreadsShareAConversionAndMakeTheirOwn) {

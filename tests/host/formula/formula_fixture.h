@@ -3,10 +3,11 @@
 
 #include <bit>
 #include <cmath>
-
-#include <gtest/gtest.h>
+#include <cstdlib>
 
 #include <norvi/host/formula.h>
+
+#include "support/results.h"
 
 namespace norvi {
 
@@ -59,6 +60,19 @@ class BoundFormula {
 /// The same bits, or both NaN.
 inline bool IsSame(Float a, Float b) {
     return (a != a && b != b) || std::bit_cast<UInt32>(a) == std::bit_cast<UInt32>(b);
+}
+
+/// Compares results bit by bit. The samples are "formula = result" or "formula @ value = result", with commas
+/// between them.
+inline void ExpectValues(const String& samples) {
+    for (std::size_t begin = 0, end = 0; end != String::npos; begin = end + 1) {
+        end = samples.find(',', begin);
+        const String sample = samples.substr(begin, end - begin);
+        const auto at = sample.find('@'), equals = sample.rfind(" = ");
+        const Float value = at == String::npos ? 0 : std::strtof(&sample[at + 1], nullptr);
+        const Float result = BoundFormula(sample.substr(0, std::min(at, equals))).Evaluate(value);
+        EXPECT_TRUE(IsSame(result, std::strtof(&sample[equals + 3], nullptr))) << sample << " is " << result;
+    }
 }
 
 } // namespace norvi

@@ -53,31 +53,25 @@ TEST(FormulaOperations, RoundExactly) {
 }
 
 TEST(FormulaOperations, TranscendentalFunctionsAreWithinTwoUnits) {
-    struct {
-        const char* text;
-        double (*expected)(double);
-    } cases[] = {
-        {"sin(value)", std::sin},
-        {"cos(value)", std::cos},
-        {"tan(value)", std::tan},
-        {"asin(value)", std::asin},
-        {"acos(value)", std::acos},
-        {"atan(value)", std::atan},
-        {"sinh(value)", std::sinh},
-        {"cosh(value)", std::cosh},
-        {"tanh(value)", std::tanh},
-        {"exp(value)", std::exp},
-        {"exp2(value)", std::exp2},
-        {"log(value)", std::log},
-        {"log2(value)", std::log2},
-        {"log10(value)", std::log10},
-        {"value^2.5", [](double x) { return std::pow(x, 2.5); }},
-        {"atan2(value; 2)", [](double x) { return std::atan2(x, 2.0); }},
-        {"atan2(2; value)", [](double x) { return std::atan2(2.0, x); }},
-    };
-    for (const auto& test : cases)
-        CompareOverAllMagnitudes(test.text, [&](Float x, Float result) {
-            const auto exact = static_cast<Float>(test.expected(x));
+    for (const auto& [text, expected] : {std::pair<const char*, double (*)(double)>{"sin(value)", std::sin},
+                                         {"cos(value)", std::cos},
+                                         {"tan(value)", std::tan},
+                                         {"asin(value)", std::asin},
+                                         {"acos(value)", std::acos},
+                                         {"atan(value)", std::atan},
+                                         {"sinh(value)", std::sinh},
+                                         {"cosh(value)", std::cosh},
+                                         {"tanh(value)", std::tanh},
+                                         {"exp(value)", std::exp},
+                                         {"exp2(value)", std::exp2},
+                                         {"log(value)", std::log},
+                                         {"log2(value)", std::log2},
+                                         {"log10(value)", std::log10},
+                                         {"value^2.5", [](double x) { return std::pow(x, 2.5); }},
+                                         {"atan2(value; 2)", [](double x) { return std::atan2(x, 2.0); }},
+                                         {"atan2(2; value)", [](double x) { return std::atan2(2.0, x); }}})
+        CompareOverAllMagnitudes(text, [expected = expected](Float x, Float result) {
+            const auto exact = static_cast<Float>(expected(x));
             const Float next = std::nextafter(exact, Infinity), previous = std::nextafter(exact, -Infinity);
             return IsSame(result, exact) || (result <= std::nextafter(next, Infinity) &&
                                              result >= std::nextafter(previous, -Infinity));
@@ -85,54 +79,19 @@ TEST(FormulaOperations, TranscendentalFunctionsAreWithinTwoUnits) {
 }
 
 TEST(FormulaOperations, FollowTheirDefinitionForSpecialValues) {
-    struct {
-        const char* text;
-        Float value;
-        Float expected;
-    } cases[] = {
-        {"1 / value", 0, Infinity},
-        {"-1 / value", 0, -Infinity},
-        {"value / value", 0, NaN},
-        {"5 % value", 0, NaN},
-        {"value % 3", -1, 2},
-        {"mod(value; -3)", 1, -2},
-        {"value == value", NaN, 0},
-        {"value != value", NaN, 1},
-        {"value ? 1 : 2", NaN, 1},
-        {"value && 1", NaN, 1},
-        {"!value", NaN, 0},
-        {"value ? 1 : 2", -0.0f, 2},
-        {"-value", 0, -0.0f},
-        {"0 - value", 0, 0},
-        {"sign(value)", NaN, 0},
-        {"sign(value)", -0.1f, -1},
-        {"min(value; 1)", NaN, NaN},
-        {"min(1; value)", NaN, 1},
-        {"max(value; 1)", NaN, NaN},
-        {"max(1; value)", NaN, 1},
-        {"clamp(value; 2; 1)", 5, 1},
-        {"clamp(value; 0; 1)", -Infinity, 0},
-        {"saturate(value)", 2, 1},
-        {"mix(10; 20; value)", 0.25f, 12.5f},
-        {"lerp(10; 20; value)", 2, 30},
-        {"step(1; value)", 1, 1},
-        {"step(1; value)", 0.999f, 0},
-        {"smoothstep(1; 3; value)", 2, 0.5f},
-        {"smoothstep(1; 3; value)", 4, 1},
-        {"smoothstep(3; 1; value)", 3, 0},
-        {"smoothstep(value; 2; 2)", 2, NaN},
-        {"hypot(value; 4)", 3, 5},
-        {"hypot(value; 0)", 1e30f, Infinity},
-        {"degrees(value)", Pi, 180},
-        {"radians(value)", 180, Pi},
-        {"pow(value; 0.5)", -4, NaN},
-        {"value ^ 0", NaN, 1},
-        {"seed", 0, 16777216}, // 2^24 + 1 as a float
-    };
-    for (const auto& test : cases) {
-        const Float result = BoundFormula(test.text).Evaluate(test.value, 16777217);
-        EXPECT_TRUE(IsSame(result, test.expected)) << test.text << " of " << test.value << " is " << result;
-    }
+    ExpectValues(R"(
+1 / value @ 0 = inf,  -1 / value @ 0 = -inf,  value / value @ 0 = nan,  5 % value @ 0 = nan,
+value % 3 @ -1 = 2,  mod(value; -3) @ 1 = -2,  value == value @ nan = 0,  value != value @ nan = 1,
+value ? 1 : 2 @ nan = 1,  value && 1 @ nan = 1,  !value @ nan = 0,  value ? 1 : 2 @ -0.0 = 2,
+-value @ 0 = -0.0,  0 - value @ 0 = 0,  sign(value) @ nan = 0,  sign(value) @ -0.1 = -1,
+min(value; 1) @ nan = nan,  min(1; value) @ nan = 1,  max(value; 1) @ nan = nan,  max(1; value) @ nan = 1,
+clamp(value; 2; 1) @ 5 = 1,  clamp(value; 0; 1) @ -inf = 0,  saturate(value) @ 2 = 1,
+mix(10; 20; value) @ 0.25 = 12.5,  lerp(10; 20; value) @ 2 = 30,  step(1; value) @ 1 = 1,
+step(1; value) @ 0.999 = 0,  smoothstep(1; 3; value) @ 2 = 0.5,  smoothstep(1; 3; value) @ 4 = 1,
+smoothstep(3; 1; value) @ 3 = 0,  smoothstep(value; 2; 2) @ 2 = nan,  hypot(value; 4) @ 3 = 5,
+hypot(value; 0) @ 1e30 = inf,  degrees(value) @ 3.14159265 = 180,  radians(value) @ 180 = 3.14159265,
+pow(value; 0.5) @ -4 = nan,  value ^ 0 @ nan = 1)");
+    EXPECT_EQ(BoundFormula("seed").Evaluate(0, 16777217), 16777216); // 2^24 + 1 as a float
 }
 
 TEST(FormulaOperations, TakeAndGiveDegreesWhereAskedTo) {

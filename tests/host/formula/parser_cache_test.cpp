@@ -14,21 +14,10 @@ class FormulaWriter {
     String Write(int depth) {
         if (depth == 0 || Pick(6) == 0)
             return WriteLeaf();
-        static const char* const functions[][3] = {
-            {
-                "sin",
-                "cos",
-                "tan",
-            },
-            {"asin", "acos", "atan"},
-            {"sinh", "cosh", "tanh"},
-            {"exp", "exp2", "log"},
-            {"log2", "log10", "sqrt"},
-            {"abs", "sign", "floor"},
-            {"ceil", "round", "trunc"},
-            {"fract", "rnd", "inversesqrt"},
-            {"radians", "degrees", "saturate"},
-        };
+        static const char* const functions[] = {
+            "sin",  "cos",   "tan",   "asin",  "acos",  "atan",        "sinh",    "cosh",    "tanh",
+            "exp",  "exp2",  "log",   "log2",  "log10", "sqrt",        "abs",     "sign",    "floor",
+            "ceil", "round", "trunc", "fract", "rnd",   "inversesqrt", "radians", "degrees", "saturate"};
         static const char* const pairs[] = {"atan2", "hypot", "pow", "mod", "min", "max", "step", "rnd"};
         static const char* const triples[] = {"clamp", "mix", "smoothstep"};
         static const char* const operators[] = {
@@ -36,7 +25,7 @@ class FormulaWriter {
         const String first = Write(depth - 1);
         switch (Pick(6)) {
         case 0:
-            return String(functions[Pick(9)][Pick(3)]) + "(" + first + ")";
+            return String(functions[Pick(27)]) + "(" + first + ")";
         case 1:
             return String(pairs[Pick(8)]) + "(" + first + "; " + Write(depth - 1) + ")";
         case 2:

@@ -6,10 +6,7 @@ namespace norvi {
 namespace {
 
 TEST(SeedInjection, AddsTheSeedToRandomCallsWithOneArgument) {
-    struct {
-        const char* formula;
-        const char* expected;
-    } cases[] = {
+    const std::pair<const char*, const char*> cases[] = {
         {"", ""},
         {"value * 2", "value * 2"},
         {"rnd(x) + rnd(y; 3)", "rnd(x; seed) + rnd(y; 3)"},
@@ -29,8 +26,8 @@ TEST(SeedInjection, AddsTheSeedToRandomCallsWithOneArgument) {
         {"rn d(x)", "rn d(x)"},
         {"RND(x)", "RND(x)"},
     };
-    for (const auto& test : cases)
-        EXPECT_EQ(*InjectSeed(test.formula, "seed"), test.expected) << test.formula;
+    for (const auto& [formula, expected] : cases)
+        EXPECT_EQ(*InjectSeed(formula, "seed"), expected) << formula;
     EXPECT_EQ(*InjectSeed("rnd(x)", "rndRound"), "rnd(x; rndRound)");
 }
 

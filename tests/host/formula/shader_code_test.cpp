@@ -21,10 +21,7 @@ Result<String> Generate(const char* formula) {
 }
 
 TEST(ShaderCode, IsOneStatementForEachOperation) {
-    const struct {
-        const char* formula;
-        const char* expected;
-    } cases[] = {
+    const std::pair<const char*, const char*> cases[] = {
         {"value", "result = value;"},
         {"seed", "result = float(seed);"},
         {"2", "result = 2.0;"},
@@ -39,11 +36,8 @@ TEST(ShaderCode, IsOneStatementForEachOperation) {
          "{\nfloat formulaStep3Low = value < 0.0 ? 0.0 : value;\nresult = 1.0 < formulaStep3Low ? 1.0 : "
          "formulaStep3Low;\n}"},
     };
-    for (const auto& test : cases) {
-        const auto text = Generate(test.formula);
-        ASSERT_OK(text);
-        EXPECT_EQ(*text, test.expected);
-    }
+    for (const auto& [formula, expected] : cases)
+        EXPECT_EQ(*Generate(formula), expected);
 }
 
 TEST(ShaderCode, TakesAnIntegerSeedAsItsBits) {

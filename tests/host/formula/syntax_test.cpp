@@ -7,67 +7,25 @@ namespace norvi {
 namespace {
 
 TEST(FormulaSyntax, GroupsOperatorsByPrecedenceAndSide) {
-    struct {
-        const char* text;
-        Float expected;
-    } cases[] = {
-        {"1 + 2 * 3", 7},
-        {"(1 + 2) * 3", 9},
-        {"10 - 4 - 3", 3},
-        {"24 / 4 / 2", 3},
-        {"7 % 4 * 2", 6},
-        {"2 ^ 3 ^ 2", 512},
-        {"-2 ^ 2", -4},
-        {"(-2) ^ 2", 4},
-        {"2 ^ -1", 0.5f},
-        {"2 ^ -1 * 4", 2},
-        {"-2 * 3", -6},
-        {"- -2", 2},
-        {"+2 - +3", -1},
-        {"!0 + 1", 2},
-        {"!2", 0},
-        {"!!2", 1},
-        {"!0 ^ 0", 0},
-        {"1 < 2 < 2", 1},
-        {"3 > 2 == 1", 1},
-        {"1 + 1 >= 2", 1},
-        {"1 <= 0 || 1", 1},
-        {"1 || 0 && 0", 1},
-        {"2 && 3", 1},
-        {"1 != 1", 0},
-        {"0 ? 1 : 2", 2},
-        {"1 ? 2 : 3 ? 4 : 5", 2},
-        {"0 ? 2 : 0 ? 4 : 5", 5},
-        {"1 ? 0 ? 1 : 2 : 3", 2},
-        {"0 || 1 ? 2 : 3", 2},
-        {"1 + (0 ? 1 : 2)", 3},
-        {"max(1 ? 2 : 3; 1)", 2},
-        {"0 ? 1 : 2 + 3", 5},
-    };
-    for (const auto& test : cases)
-        EXPECT_EQ(BoundFormula(test.text).Evaluate(), test.expected) << test.text;
+    ExpectValues(R"(
+1 + 2 * 3 = 7,  (1 + 2) * 3 = 9,  10 - 4 - 3 = 3,  24 / 4 / 2 = 3,  7 % 4 * 2 = 6,  2 ^ 3 ^ 2 = 512,
+-2 ^ 2 = -4,  (-2) ^ 2 = 4,  2 ^ -1 = 0.5,  2 ^ -1 * 4 = 2,  -2 * 3 = -6,  - -2 = 2,  +2 - +3 = -1,
+!0 + 1 = 2,  !2 = 0,  !!2 = 1,  !0 ^ 0 = 0,  1 < 2 < 2 = 1,  3 > 2 == 1 = 1,  1 + 1 >= 2 = 1,
+1 <= 0 || 1 = 1,  1 || 0 && 0 = 1,  2 && 3 = 1,  1 != 1 = 0,  0 ? 1 : 2 = 2,  1 ? 2 : 3 ? 4 : 5 = 2,
+0 ? 2 : 0 ? 4 : 5 = 5,  1 ? 0 ? 1 : 2 : 3 = 2,  0 || 1 ? 2 : 3 = 2,  1 + (0 ? 1 : 2) = 3,
+max(1 ? 2 : 3; 1) = 2,  0 ? 1 : 2 + 3 = 5)");
 }
 
 TEST(FormulaSyntax, ReadsNumbersNamesAndBlanks) {
-    struct {
-        const char* text;
-        Float expected;
-    } cases[] = {
-        {"1.5", 1.5f},   {".5", 0.5f},         {"1.", 1},
-        {"1e-3", 1e-3f}, {"2.5E+2", 250},      {"007", 7},
-        {"pi", Pi},      {"e", EulerNumber},   {"16777217", 16777216},
-        {"0.1", 0.1f},   {"1e-45", 0x1p-149f}, {" \t\r\n1\n+\n2 ", 3},
-        {"value", 5},    {"seed*2", 6},
-    };
-    for (const auto& test : cases)
-        EXPECT_EQ(BoundFormula(test.text).Evaluate(5, 3), test.expected) << test.text;
+    ExpectValues(R"(
+1.5 = 1.5,  .5 = 0.5,  1. = 1,  1e-3 = 1e-3,  2.5E+2 = 250,  007 = 7,  pi = 3.14159265,  e = 2.71828183,
+16777217 = 16777216,  0.1 = 0.1,  1e-45 = 0x1p-149,  value @ 5 = 5)");
+    EXPECT_EQ(BoundFormula(" \t\r\n1\n+\n2 ").Evaluate(), 3);
+    EXPECT_EQ(BoundFormula("seed*2").Evaluate(0, 3), 6);
 }
 
 TEST(FormulaSyntax, ReportsErrorsWithColumnReasonAndText) {
-    struct {
-        const char* text;
-        const char* message;
-    } cases[] = {
+    const std::pair<const char*, const char*> cases[] = {
         {"", "1: the formula is empty"},
         {" \n", "3: the formula is empty"},
         {"1 + sni(2)", "5: unknown function \"sni\"; did you mean \"sin\"?"},
@@ -103,9 +61,8 @@ TEST(FormulaSyntax, ReportsErrorsWithColumnReasonAndText) {
         {"1 + .", "5: unexpected character \".\""},
         {"1 \x80", "3: unexpected character \"\\x80\""},
     };
-    for (const auto& test : cases)
-        EXPECT_EQ(BoundFormula(test.text).error, "Formula error at column " + String(test.message))
-            << test.text;
+    for (const auto& [text, message] : cases)
+        EXPECT_EQ(BoundFormula(text).error, "Formula error at column " + String(message)) << text;
     EXPECT_EQ(BoundFormula(String("1\0", 2)).error,
               "Formula error at column 2: unexpected character \"\\x00\"");
     EXPECT_EQ(BoundFormula(String(50, 'x')).error,
