@@ -126,8 +126,9 @@ TEST_F(ThreadServicesTest, GroupRunsEachJobOnceAndTheCallerTheFirst) {
             Workers workers;
             BaseArray<Job> jobs(static_cast<std::size_t>(count) + 5);
             RunAndCheck(workers, jobs, 3, count);
-            if (count > 0)
+            if (count > 0) {
                 EXPECT_EQ(jobs[3].thread, std::this_thread::get_id());
+            }
         }
     }
 }

@@ -87,14 +87,8 @@ TEST(KernelMatrices, OtherOperatorsGoElementByElement) {
 }
 
 TEST(KernelMatrices, TransposeSwapsRowsAndColumns) {
-    for (int c = 0; c < 4; ++c) {
-        for (int r = 0; r < 4; ++r)
-            EXPECT_EQ(transpose(counting4)[c][r], counting4[r][c]);
-    }
-    for (int c = 0; c < 3; ++c) {
-        for (int r = 0; r < 3; ++r)
-            EXPECT_EQ(transpose(counting3)[c][r], counting3[r][c]);
-    }
+    EXPECT_EQ(transpose(counting3), mat3(1, 4, 7, 2, 5, 8, 3, 6, 10));
+    EXPECT_EQ(transpose(counting4), mat4(1, 5, 9, 13, 2, 6, 10, 15, 3, 7, 12, 15, 4, 9, 12, 16));
 }
 
 /// By expansion along the first column, the definition.

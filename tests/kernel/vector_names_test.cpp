@@ -26,34 +26,13 @@ constexpr bool isSame = std::is_same_v<T, U>;
     static_assert(isSame<decltype(f(float())), float> && isSame<decltype(f(int())), float>, #f);             \
     static_assert(isSame<decltype(f(half())), float> && isSame<decltype(f(uint())), float>, #f);             \
     static_assert(isSame<decltype(f(vec3().zy)), vec2> && isSame<decltype(f(vec4())), vec4>, #f);
-CHECK_ONE(radians)
-CHECK_ONE(degrees)
-CHECK_ONE(sin)
-CHECK_ONE(cos)
-CHECK_ONE(tan)
-CHECK_ONE(asin)
-CHECK_ONE(acos)
-CHECK_ONE(atan)
-CHECK_ONE(sinh)
-CHECK_ONE(cosh)
-CHECK_ONE(tanh)
-CHECK_ONE(asinh)
-CHECK_ONE(acosh)
-CHECK_ONE(atanh)
-CHECK_ONE(exp)
-CHECK_ONE(exp2)
-CHECK_ONE(log)
-CHECK_ONE(log2)
-CHECK_ONE(sqrt)
-CHECK_ONE(Sqrt)
-CHECK_ONE(inversesqrt)
-CHECK_ONE(floor)
-CHECK_ONE(ceil)
-CHECK_ONE(trunc)
-CHECK_ONE(round)
-CHECK_ONE(roundEven)
-CHECK_ONE(fract)
-CHECK_ONE(normalize)
+// clang-format off
+CHECK_ONE(radians) CHECK_ONE(degrees) CHECK_ONE(sin) CHECK_ONE(cos) CHECK_ONE(tan) CHECK_ONE(asin)
+CHECK_ONE(acos) CHECK_ONE(atan) CHECK_ONE(sinh) CHECK_ONE(cosh) CHECK_ONE(tanh) CHECK_ONE(asinh)
+CHECK_ONE(acosh) CHECK_ONE(atanh) CHECK_ONE(exp) CHECK_ONE(exp2) CHECK_ONE(log) CHECK_ONE(log2)
+CHECK_ONE(sqrt) CHECK_ONE(Sqrt) CHECK_ONE(inversesqrt) CHECK_ONE(floor) CHECK_ONE(ceil) CHECK_ONE(trunc)
+CHECK_ONE(round) CHECK_ONE(roundEven) CHECK_ONE(fract) CHECK_ONE(normalize)
+// clang-format on
 
 #define CHECK_TWO(f)                                                                                         \
     static_assert(                                                                                           \
@@ -61,16 +40,13 @@ CHECK_ONE(normalize)
     static_assert(isSame<decltype(f(int(), float())), float> && isSame<decltype(f(0.5, half())), float>,     \
                   #f);                                                                                       \
     static_assert(isSame<decltype(f(vec3().zy, vec2())), vec2>, #f);
-CHECK_TWO(pow)
-CHECK_TWO(atan)
-CHECK_TWO(mod)
-CHECK_TWO(min)
-CHECK_TWO(max)
-CHECK_TWO(step)
+    // clang-format off
+CHECK_TWO(pow) CHECK_TWO(atan) CHECK_TWO(mod) CHECK_TWO(min) CHECK_TWO(max) CHECK_TWO(step)
 CHECK_TWO(reflect)
+    // clang-format on
 
-static_assert(isSame<decltype(abs(1)), int> && isSame<decltype(abs(1.0f)), float> &&
-              isSame<decltype(sign(1)), int>);
+    static_assert(isSame<decltype(abs(1)), int> && isSame<decltype(abs(1.0f)), float> &&
+                  isSame<decltype(sign(1)), int>);
 static_assert(isSame<decltype(clamp(1, 0, 2)), int> && isSame<decltype(clamp(1, 0.0, 2)), float>);
 static_assert(isSame<decltype(min(1u, 2)), uint> && isSame<decltype(max(1, 2)), int>);
 static_assert(isSame<decltype(fma(1.0f, 2.0f, 3.0f)), float> && isSame<decltype(fma(1, 2, 3.0)), float>);

@@ -173,20 +173,13 @@ void checkStorage() {
 }
 
 TEST(KernelVectors, HaveTheLayoutOfTheirStorageTypesAndConvert) {
-    checkStorage<vec2, float>();
-    checkStorage<vec3, float>();
-    checkStorage<vec4, float>();
-    checkStorage<ivec2, int>();
-    checkStorage<ivec3, int>();
-    checkStorage<ivec4, int>();
-    checkStorage<uvec2, uint>();
-    checkStorage<uvec3, uint>();
-    checkStorage<uvec4, uint>();
-    checkStorage<mat3, float>();
-    checkStorage<mat4, float>();
-    checkStorage<half2, half>();
-    checkStorage<half3, half>();
-    checkStorage<half4, half>();
+    // clang-format off
+    checkStorage<vec2, float>(); checkStorage<vec3, float>(); checkStorage<vec4, float>();
+    checkStorage<ivec2, int>(); checkStorage<ivec3, int>(); checkStorage<ivec4, int>();
+    checkStorage<uvec2, uint>(); checkStorage<uvec3, uint>(); checkStorage<uvec4, uint>();
+    checkStorage<mat3, float>(); checkStorage<mat4, float>(); checkStorage<half2, half>();
+    checkStorage<half3, half>(); checkStorage<half4, half>();
+    // clang-format on
 }
 
 [[gnu::noinline]] void copyTo(vec3* to, const vec3* from) {
