@@ -46,13 +46,17 @@ TEST_F(BufferTest, ChecksComeInOrderAndChangeNothing) {
     const char* const noMemory = "Out of memory";
     const char* const negative = "An array cannot have a negative number of elements.";
 
-    const auto create = [&](const char* id, DataType type, Int count, const char* kind, const char* message) {
-        return FailingCall{"Create", [=](auto& p) { return p.CreateUniformBuffer(id, type, count); }, kind,
+    // One row: a call with these arguments fails like this.
+    const auto call = [](auto operation, const char* kind, const char* message, auto... arguments) {
+        return FailingCall{message, [=](auto& p) { return WithoutValue((p.*operation)(arguments...)); }, kind,
                            message};
     };
+    using P = ParallelProgramInterface;
+    const auto create = [&](const char* id, DataType type, Int count, const char* kind, const char* message) {
+        return call(&P::CreateUniformBuffer, kind, message, id, type, count);
+    };
     const auto resize = [&](const char* id, Int count, const char* kind, const char* message) {
-        return FailingCall{"Resize", [=](auto& p) { return p.ResizeUniformBuffer(id, count, true); }, kind,
-                           message};
+        return call(&P::ResizeUniformBuffer, kind, message, id, count, true);
     };
     const auto store = [&](const char* id, const Data& data, const char* message) {
         return FailingCall{"Store", [=](auto& p) { return p.StoreUniformBufferData(id, data); }, argument,
@@ -64,19 +68,15 @@ TEST_F(BufferTest, ChecksComeInOrderAndChangeNothing) {
                            argument, message};
     };
     const auto update = [&](const char* id, Int offset, const Data& data, const char* message) {
-        return FailingCall{"Update", [=](auto& p) { return p.UpdateUniformBufferData(id, offset, data); },
-                           argument, message};
+        return call(&P::UpdateUniformBufferData, argument, message, id, offset, data);
     };
     const auto copy = [&](const char* from, const char* to, Int count, Int source, Int target,
                           const char* message) {
-        return FailingCall{"Copy", [=](auto& p) { return p.CopyBufferData(from, to, count, source, target); },
-                           argument, message};
+        return call(&P::CopyBufferData, argument, message, from, to, count, source, target);
     };
     const auto copyBytes = [&](const char* from, const char* to, Int count, Int source, Int target,
                                const char* message) {
-        return FailingCall{"CopyBytes",
-                           [=](auto& p) { return p.CopyBufferDataBytes(from, to, count, source, target); },
-                           argument, message};
+        return call(&P::CopyBufferDataBytes, argument, message, from, to, count, source, target);
     };
     const auto get = [&](const char* id, Int offset, Int count, const char* message) {
         return FailingCall{"Get",
@@ -257,27 +257,22 @@ TEST_F(BufferTest, ElementsThatAreMoreThanTheirBytesAreRefused) {
     const DataType text = DataType::Of<String>();
     const BaseArray<String> texts{"longer than what a string holds without memory of its own"};
     ArrayRef array = *ArrayRef::NewBaseArray(text, texts.data(), 1);
-    const auto untyped = [&] {
-        UntypedArray elements = *UntypedArray::New(sizeof(String), 1);
-        new (elements.GetFirst()) String(texts[0]);
-        return elements;
-    };
-    const char* const message = "a buffer cannot hold elements of type String";
-    const std::pair<const char*, std::function<Result<void>(const char*)>> calls[] = {
-        {"create", [&](const char* id) { return program->CreateUniformBuffer(id, text, 1); }},
-        {"store", [&](const char* id) { return program->StoreUniformBufferData(id, texts); }},
-        {"store reference", [&](const char* id) { return program->StoreUniformBufferData(id, array); }},
-        {"store untyped",
-         [&](const char* id) { return program->StoreUniformBufferData(id, text, untyped()); }},
-        {"update", [&](const char* id) { return program->UpdateUniformBufferData(id, 0, texts); }},
-        {"link", [&](const char* id) { return program->SetGlobalBufferLink(id, &array); }}};
-    for (const auto& [name, call] : calls)
-        for (const char* id : {"a", "new"}) {
-            const bool hasOwnMessage = String(name) == "create" && String(id) == "a";
-            EXPECT_TRUE(FailsWith(call(id), errorkind::IllegalArgument,
-                                  hasOwnMessage ? "Wrong DataType passed!" : message))
-                << name;
+    for (const char* id : {"a", "new"}) {
+        UntypedArray untyped = *UntypedArray::New(sizeof(String), 1);
+        new (untyped.GetFirst()) String(texts[0]);
+        const Result<void> results[] = {program->CreateUniformBuffer(id, text, 1),
+                                        program->StoreUniformBufferData(id, texts),
+                                        program->StoreUniformBufferData(id, array),
+                                        program->StoreUniformBufferData(id, text, std::move(untyped)),
+                                        program->UpdateUniformBufferData(id, 0, texts),
+                                        program->SetGlobalBufferLink(id, &array)};
+        for (const auto& result : results) {
+            const bool hasOwnMessage = &result == results && program->HasBuffer(id);
+            EXPECT_TRUE(FailsWith(result, errorkind::IllegalArgument,
+                                  hasOwnMessage ? "Wrong DataType passed!"
+                                                : "a buffer cannot hold elements of type String"));
         }
+    }
     EXPECT_FALSE(program->HasBuffer("new"));
     EXPECT_TRUE(FailsWith(program->StoreUniformBufferData("new", BaseArray<Bool>{true, false}),
                           errorkind::IllegalArgument, "data is not an base array or block"));
@@ -351,23 +346,17 @@ TEST_F(BufferTest, LinkToAnEmptyReferenceIsNoBuffer) {
     AddKernel("doubler");
     ArrayRef nothing;
     ASSERT_OK(program->SetGlobalBufferLink("nothing", &nothing));
+    ASSERT_OK(program->SetBufferToActiveKernel("nothing", "data"));
     EXPECT_TRUE(program->HasBuffer("nothing"));
-    ExpectFailures(
-        *program,
-        {{"Create", [](auto& p) { return p.CreateUniformBuffer("nothing", DataType::Of<UInt32>(), 1); },
-          errorkind::IllegalArgument, "Buffer doesn't exist."},
-         {"Store", [](auto& p) { return p.StoreUniformBufferData("nothing", U32{1}); },
-          errorkind::IllegalArgument, "Buffer doesn't exist."},
-         {"Get", [](auto& p) { return WithoutValue(p.GetGlobalBufferData("nothing")); },
-          errorkind::IllegalArgument, "buffer identifier not found"},
-         {"Bind",
-          [](auto& p) -> Result<void> {
-              NORVI_TRY(p.SetBufferToActiveKernel("nothing", "data"));
-              return p.UpdateUniforms();
-          },
-          errorkind::IllegalState, "stored data block has size 0"},
-         {"Dispatch", [](auto& p) { return p.DispatchKernel(1, 1, 1, false); }, errorkind::IllegalState,
-          "stored data block has size 0"}});
+    const char* const argument = errorkind::IllegalArgument;
+    EXPECT_TRUE(FailsWith(program->CreateUniformBuffer("nothing", DataType::Of<UInt32>(), 1), argument,
+                          "Buffer doesn't exist."));
+    EXPECT_TRUE(
+        FailsWith(program->StoreUniformBufferData("nothing", U32{1}), argument, "Buffer doesn't exist."));
+    EXPECT_TRUE(FailsWith(program->GetGlobalBufferData("nothing"), argument, "buffer identifier not found"));
+    const char* const emptyBlock = "stored data block has size 0";
+    EXPECT_TRUE(FailsWith(program->UpdateUniforms(), errorkind::IllegalState, emptyBlock));
+    EXPECT_TRUE(FailsWith(program->DispatchKernel(1, 1, 1, false), errorkind::IllegalState, emptyBlock));
 }
 
 TEST_F(BufferTest, SwapExchangesTheBindingsOfTheActiveKernelOnly) {
@@ -392,15 +381,16 @@ TEST_F(BufferTest, DeletedBufferStopsItsKernelsUntilItComesBack) {
     AddKernel("doubler");
     ASSERT_OK(program->SetBufferToActiveKernel("a", "data"));
     ASSERT_OK(program->UpdateUniforms());
-    ASSERT_OK(program->DeleteUniformBuffer("none"));
-    ASSERT_OK(program->DeleteUniformBuffer("a"));
-    ASSERT_OK(program->DeleteUniformBuffer("a"));
+    for (const char* id : {"none", "a", "a"})
+        ASSERT_OK(program->DeleteUniformBuffer(id));
     EXPECT_TRUE(program->HasBuffer("a"));
-    const char* const emptyBlock = "stored data block has size 0";
-    EXPECT_TRUE(FailsWith(program->DispatchKernel(1, 1, 1, false), errorkind::IllegalState, emptyBlock));
-    EXPECT_TRUE(FailsWith(program->DispatchKernel(1, 2, 1, false), errorkind::IllegalState, emptyBlock));
-    EXPECT_TRUE(FailsWith(program->UpdateUniforms(), errorkind::IllegalState, emptyBlock));
-    EXPECT_TRUE(FailsWith(program->DispatchKernel(1, 1, 1, false), errorkind::IllegalState, emptyBlock));
+    const FailingCall update{"update", [](auto& p) { return p.UpdateUniforms(); }, errorkind::IllegalState,
+                             "stored data block has size 0"};
+    const auto dispatch = [&](UInt32 y) {
+        return FailingCall{"dispatch", [y](auto& p) { return p.DispatchKernel(1, y, 1, false); }, update.kind,
+                           update.message};
+    };
+    ExpectFailures(*program, {dispatch(1), dispatch(2), update, dispatch(1)});
     ASSERT_OK(program->CreateUniformBuffer("a", DataType::Of<UInt32>(), 2));
     ASSERT_OK(program->SetUniform("scale", UInt32{3}));
     ASSERT_OK(program->UpdateUniforms());

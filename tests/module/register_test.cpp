@@ -12,6 +12,7 @@
 #include <norvi/parallelprogram.h>
 #include <norvi/yield.h>
 
+#include "host/log_recorder.h"
 #include "support/results.h"
 
 namespace norvi {
@@ -60,7 +61,11 @@ TEST(Module, RegistersItsClassesWhileItIsLoaded) {
             ASSERT_OK(loader.Load(ModulePath));
             for (const auto& row : rows)
                 EXPECT_NE(Registry::Get(row.registry).FindEntryValue(row.id), nullptr) << row.id;
-            EXPECT_OK(ParallelProgramRef::Create("net.norvi.drawportmisc.cpuprogram"));
+            Result<ParallelProgramRef> program = ParallelProgramRef::Create(rows[0].id);
+            ASSERT_OK(program);
+            LogRecorder log;
+            EXPECT_TRUE(FailsWith((*program)->CopyInstance(), errorkind::FunctionNotImplemented,
+                                  "'net.norvi.drawportmisc.cpuprogram' cannot be copied"));
         }
         for (const auto& row : rows)
             EXPECT_EQ(Registry::Get(row.registry).FindEntryValue(row.id), nullptr) << row.id;
