@@ -19,45 +19,22 @@ BaseArray<Float64> ReadNumbers(const String& path) {
 }
 
 RunOptions Saxpy(const ScratchFolder& folder) {
-    RunOptions options;
-    options.kernel = "saxpy";
-    options.grid = "5";
-    options.buffers = {"x=float32:5", "y=float32:5"};
+    RunOptions options =
+        Options("saxpy", "5", {"x=float32:5", "y=float32:5"}, {"a=0.5"}, {"y=" + folder.File("y.npy")});
     options.ramps = {"x=0:4"};
     options.fills = {"y=10"};
-    options.uniforms = {"a=0.5"};
-    options.outputs = {"y=" + folder.File("y.npy")};
     return options;
 }
 
 } // namespace
 
-TEST(RunCommand, DoublerWritesMultiplesOfItsIndex) {
-    const ScratchFolder folder;
-    RunOptions options;
-    options.kernel = "doubler";
-    options.grid = "100";
-    options.buffers = {"data=uint32:100"};
-    options.uniforms = {"scale=3"};
-    options.outputs = {"data=" + folder.File("data.npy")};
-    ASSERT_EQ(RunMessage(options), "");
-    const auto numbers = ReadNumbers(folder.File("data.npy"));
-    ASSERT_EQ(numbers.size(), 100u);
-    for (std::size_t i = 0; i < numbers.size(); ++i)
-        EXPECT_EQ(numbers[i], 3.0 * static_cast<Float64>(i));
-}
-
-TEST(RunCommand, StepsWorkOnWhatTheLastOneLeft) {
+TEST(RunCommand, StepsWorkOnWhatTheLastOneLeftInTheBuffersThatAreBound) {
     const ScratchFolder folder;
     RunOptions options = Saxpy(folder);
     options.steps = 4;
     ASSERT_EQ(RunMessage(options), "");
     EXPECT_EQ(ReadNumbers(folder.File("y.npy")), (BaseArray<Float64>{10, 12, 14, 16, 18}));
-}
-
-TEST(RunCommand, BuffersOfOtherNamesAreBound) {
-    const ScratchFolder folder;
-    RunOptions options = Saxpy(folder);
+    options.steps = 1;
     options.buffers = {"both=float32:5"};
     options.bindings = {"x=both", "y=both"};
     options.ramps = {"both=0:4"};
@@ -91,13 +68,10 @@ TEST(RunCommand, HistogramCountsWhatItReadsFromAFile) {
     ASSERT_EQ(MessageOf(WriteNpy(folder.File("v.npy"), *(*FindElementType(String("float64")))->scalar, {9},
                                  values)),
               "");
-    RunOptions options;
-    options.kernel = "histogram";
-    options.grid = "9";
-    options.buffers = {"values=" + folder.File("v.npy"), "bins=uint32:4"};
-    options.uniforms = {"count=9", "binCount=4", "lowest=0", "highest=1"};
+    RunOptions options =
+        Options("histogram", "9", {"values=" + folder.File("v.npy"), "bins=uint32:4"},
+                {"count=9", "binCount=4", "lowest=0", "highest=1"}, {"bins=" + folder.File("bins.npy")});
     options.counters = {"outside=100"};
-    options.outputs = {"bins=" + folder.File("bins.npy")};
     testing::internal::CaptureStdout();
     const String message = RunMessage(options);
     const String printed = testing::internal::GetCapturedStdout();
@@ -108,14 +82,10 @@ TEST(RunCommand, HistogramCountsWhatItReadsFromAFile) {
 
 TEST(RunCommand, FormulasAreApplied) {
     const ScratchFolder folder;
-    RunOptions options;
-    options.kernel = "apply_formula";
-    options.grid = "4";
-    options.buffers = {"values=float32:4", "result=float32:4"};
+    RunOptions options = Options("apply_formula", "4", {"values=float32:4", "result=float32:4"},
+                                 {"count=4", "randomSeed=1"}, {"result=" + folder.File("r.npy")});
     options.ramps = {"values=0:3"};
-    options.uniforms = {"count=4", "randomSeed=1"};
     options.formulas = {"formula=value*value+1"};
-    options.outputs = {"result=" + folder.File("r.npy")};
     ASSERT_EQ(RunMessage(options), "");
     EXPECT_EQ(ReadNumbers(folder.File("r.npy")), (BaseArray<Float64>{1, 2, 5, 10}));
     options.formulas = {"formula=value*("};
@@ -124,40 +94,33 @@ TEST(RunCommand, FormulasAreApplied) {
 
 TEST(RunCommand, NoiseFieldDependsOnModeAndSeed) {
     const ScratchFolder folder;
-    RunOptions options;
-    options.kernel = "noise_field";
-    options.grid = "16x16";
-    options.buffers = {"result=float32:16x16"};
-    options.uniforms = {"width=16", "height=16", "scale=0.3", "time=0"};
-    BaseArray<BaseArray<Float64>> fields;
-    for (const char* noise : {"perlin:1", "0:1", "perlin:2", "turbulence:1"}) {
+    const String file = folder.File("n.npy");
+    RunOptions options = Options("noise_field", "16x16", {"result=float32:16x16"},
+                                 {"width=16", "height=16", "scale=0.3", "time=0"}, {"result=" + file});
+    const auto field = [&](const char* noise) {
         options.noises = {noise};
-        options.outputs = {"result=" + folder.File("n.npy")};
-        ASSERT_EQ(RunMessage(options), "");
-        fields.push_back(ReadNumbers(folder.File("n.npy")));
-    }
-    EXPECT_EQ(fields[0], fields[1]);
-    EXPECT_NE(fields[0], fields[2]);
-    EXPECT_NE(fields[0], fields[3]);
-    EXPECT_EQ(ReadNpy(folder.File("n.npy"))->shape, (BaseArray<Int>{16, 16}));
+        EXPECT_EQ(RunMessage(options), "");
+        return ReadNumbers(file);
+    };
+    const auto expected = field("perlin:1");
+    EXPECT_EQ(field("0:1"), expected);
+    EXPECT_NE(field("perlin:2"), expected);
+    EXPECT_NE(field("turbulence:1"), expected);
+    EXPECT_EQ(ReadNpy(file)->shape, (BaseArray<Int>{16, 16}));
 }
 
 TEST(RunCommand, FillTakesVectorsAndHalfs) {
     const ScratchFolder folder;
-    RunOptions options;
-    options.kernel = "fill_vec3_T_";
-    options.grid = "2";
-    options.buffers = {"data=vec3:2"};
-    options.uniforms = {"fillValue=1,2,3", "count=2"};
-    options.outputs = {"data=" + folder.File("d.npy")};
-    ASSERT_EQ(RunMessage(options), "");
-    EXPECT_EQ(ReadNumbers(folder.File("d.npy")), (BaseArray<Float64>{1, 2, 3, 1, 2, 3}));
-    EXPECT_EQ(ReadNpy(folder.File("d.npy"))->shape, (BaseArray<Int>{2, 3}));
-    options.kernel = "fill_half_T_";
-    options.buffers = {"data=half:2"};
-    options.uniforms = {"fillValue=0.5", "count=2"};
-    ASSERT_EQ(RunMessage(options), "");
-    EXPECT_EQ(ReadNumbers(folder.File("d.npy")), (BaseArray<Float64>{0.5, 0.5}));
+    const String file = folder.File("d.npy");
+    ASSERT_EQ(RunMessage(Options("fill_vec3_T_", "2", {"data=vec3:2"}, {"fillValue=1,2,3", "count=2"},
+                                 {"data=" + file})),
+              "");
+    EXPECT_EQ(ReadNumbers(file), (BaseArray<Float64>{1, 2, 3, 1, 2, 3}));
+    EXPECT_EQ(ReadNpy(file)->shape, (BaseArray<Int>{2, 3}));
+    ASSERT_EQ(RunMessage(Options("fill_half_T_", "2", {"data=half:2"}, {"fillValue=0.5", "count=2"},
+                                 {"data=" + file})),
+              "");
+    EXPECT_EQ(ReadNumbers(file), (BaseArray<Float64>{0.5, 0.5}));
 }
 
 TEST(RunCommand, StructsTakeTheirTypeFromTheKernelAndTheirBytesFromFiles) {
@@ -165,13 +128,12 @@ TEST(RunCommand, StructsTakeTheirTypeFromTheKernelAndTheirBytesFromFiles) {
     // Two bodies of position and mass, a unit apart.
     const Float32 bodies[] = {0, 0, 0, 1, 1, 0, 0, 1};
     ASSERT_EQ(MessageOf(WriteNpy(folder.File("b.npy"), ScalarTypes()[0], {2, 4}, bodies)), "");
-    RunOptions options;
-    options.kernel = "n_body";
-    options.grid = "2";
-    options.buffers = {"bodies=" + folder.File("b.npy"), "bodiesNext=kernel:2", "velocities=vec3:2"};
-    options.uniforms = {"count=2", "timeStep=0.5"};
-    options.outputs = {"bodiesNext=" + folder.File("n.npy"), "velocities=" + folder.File("v.npy")};
-    ASSERT_EQ(RunMessage(options), "");
+    ASSERT_EQ(
+        RunMessage(Options("n_body", "2",
+                           {"bodies=" + folder.File("b.npy"), "bodiesNext=kernel:2", "velocities=vec3:2"},
+                           {"count=2", "timeStep=0.5"},
+                           {"bodiesNext=" + folder.File("n.npy"), "velocities=" + folder.File("v.npy")})),
+        "");
     const auto velocities = ReadNumbers(folder.File("v.npy"));
     EXPECT_NEAR(velocities[0], 0.5, 1e-3);
     EXPECT_NEAR(velocities[3], -0.5, 1e-3);
@@ -268,14 +230,8 @@ TEST(RunCommand, FaultsInFilesAreFoundBeforeTheRun) {
          "--buffer 'data=float32:4': the elements are of type float32, but parameter 'data' of kernel "
          "'fill_vec3_T_.kernel' takes vec3"},
     };
-    for (const auto& [kernel, buffer, output, message] : cases) {
-        RunOptions options;
-        options.kernel = kernel;
-        options.grid = "1";
-        options.buffers = {buffer};
-        options.outputs = {output};
-        EXPECT_EQ(RunMessage(options), message);
-    }
+    for (const auto& [kernel, buffer, output, message] : cases)
+        EXPECT_EQ(RunMessage(Options(kernel, "1", {buffer}, {}, {output})), message);
     EXPECT_EQ(folder.CountFiles(), 2);
 }
 

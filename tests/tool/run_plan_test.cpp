@@ -7,21 +7,12 @@ namespace norvi {
 namespace {
 
 RunOptions Saxpy() {
-    RunOptions options;
-    options.kernel = "saxpy";
-    options.grid = "10";
-    options.buffers = {"x=float32:10", "y=float32:10"};
-    options.uniforms = {"a=2"};
-    return options;
+    return Options("saxpy", "10", {"x=float32:10", "y=float32:10"}, {"a=2"});
 }
 
 RunOptions Heat() {
-    RunOptions options;
-    options.kernel = "heat_2d.kernel";
-    options.grid = "8x8";
-    options.buffers = {"temperature=float32:10x10", "result=float32:10x10"};
-    options.uniforms = {"width=10", "height=10", "diffusion=0.2"};
-    return options;
+    return Options("heat_2d.kernel", "8x8", {"temperature=float32:10x10", "result=float32:10x10"},
+                   {"width=10", "height=10", "diffusion=0.2"});
 }
 
 String PlanMessage(const RunOptions& options) {
@@ -39,7 +30,7 @@ String SaxpyMessage(Change&& change) {
 
 } // namespace
 
-TEST(RunPlan, KernelsAreFoundWithAndWithoutSuffix) {
+TEST(RunPlan, KernelsAreFoundWithAndWithoutSuffixAndNamesSuggested) {
     EXPECT_EQ(PlanMessage(Saxpy()), "");
     EXPECT_EQ(SaxpyMessage([](RunOptions& o) { o.kernel = "saxpy.kernel"; }), "");
     EXPECT_EQ(SaxpyMessage([](RunOptions& o) { o.kernel = "saxpi"; }),
@@ -47,6 +38,11 @@ TEST(RunPlan, KernelsAreFoundWithAndWithoutSuffix) {
     EXPECT_EQ(SaxpyMessage([](RunOptions& o) { o.kernel = "saxpy.kernle"; }),
               "there is no kernel 'saxpy.kernle'; did you mean 'saxpy.kernel'?");
     EXPECT_FALSE(SaxpyMessage([](RunOptions& o) { o.kernel = ""; }).empty());
+    RunOptions heat = Heat();
+    heat.uniforms[0] = "widht=10";
+    EXPECT_EQ(PlanMessage(heat),
+              "--uniform 'widht=10': kernel 'heat_2d.kernel' has no parameter 'widht'; did you "
+              "mean 'width'?");
 }
 
 TEST(RunPlan, ArgumentsThatDoNotSuitTheKernelGiveErrors) {
@@ -82,14 +78,6 @@ TEST(RunPlan, ArgumentsThatDoNotSuitTheKernelGiveErrors) {
         EXPECT_EQ(SaxpyMessage([&](RunOptions& o) { (o.*list).push_back(text); }), message);
 }
 
-TEST(RunPlan, NamesAreSuggested) {
-    RunOptions options = Heat();
-    options.uniforms[0] = "widht=10";
-    EXPECT_EQ(PlanMessage(options),
-              "--uniform 'widht=10': kernel 'heat_2d.kernel' has no parameter 'widht'; did you "
-              "mean 'width'?");
-}
-
 TEST(RunPlan, BuffersMustBeGivenWithTheTypeOfTheParameter) {
     EXPECT_EQ(SaxpyMessage([](RunOptions& o) { o.buffers.pop_back(); }),
               "buffer parameter 'y' of kernel 'saxpy.kernel' was not given; add --buffer y=float32:COUNT");
@@ -98,23 +86,15 @@ TEST(RunPlan, BuffersMustBeGivenWithTheTypeOfTheParameter) {
               "--buffer 'y=int32:10': the elements are of type int32, but parameter 'y' of kernel "
               "'saxpy.kernel' takes "
               "float32");
-    RunOptions counting;
-    counting.kernel = "count_above";
-    counting.grid = "1";
-    counting.buffers = {"values=float32:1"};
     EXPECT_EQ(
-        PlanMessage(counting),
+        PlanMessage(Options("count_above", "1", {"values=float32:1"}, {})),
         "counter parameter 'counter' of kernel 'count_above.kernel' was not given; add --counter counter");
 }
 
 TEST(RunPlan, MissingUniformsAndNoiseAreWarnings) {
-    RunOptions options;
-    options.kernel = "noise_field";
-    options.grid = "8x8";
-    options.buffers = {"result=float32:64"};
-    options.uniforms = {"width=8", "height=8", "scale=1"};
     LoadedContext();
-    const auto plan = MakeRunPlan(options);
+    const auto plan =
+        MakeRunPlan(Options("noise_field", "8x8", {"result=float32:64"}, {"width=8", "height=8", "scale=1"}));
     ASSERT_TRUE(plan) << MessageOf(plan);
     EXPECT_EQ(plan->warnings,
               (BaseArray<String>{
@@ -135,18 +115,12 @@ TEST(RunPlan, GridsAreCountedAsTheyAreRun) {
                                     "'heat_2d.kernel' it has more than 4294967295 invocations");
 }
 
-TEST(RunPlan, FormulasNeedGridsOfOneDimension) {
-    RunOptions options;
-    options.kernel = "apply_formula";
-    options.grid = "10x10";
-    options.buffers = {"values=float32:100", "result=float32:100"};
-    options.formulas = {"formula=value*2"};
-    EXPECT_EQ(PlanMessage(options),
+TEST(RunPlan, StepsOutputsAndFormulasNeedFittingRanges) {
+    RunOptions formula = Options("apply_formula", "10x10", {"values=float32:100", "result=float32:100"}, {});
+    formula.formulas = {"formula=value*2"};
+    EXPECT_EQ(PlanMessage(formula),
               "--formula 'formula=value*2': formulas need a grid of one dimension; in others they "
               "are not evaluated");
-}
-
-TEST(RunPlan, StepsAndOutputEveryHaveRanges) {
     EXPECT_EQ(SaxpyMessage([](RunOptions& o) { o.steps = 0; }), "--steps '0': expected 1 to 1000000000");
     EXPECT_EQ(SaxpyMessage([](RunOptions& o) { o.outputEvery = 2; }),
               "--output-every '2': expected 1 to the number of steps, 1");

@@ -72,6 +72,17 @@ String MessageOf(const Result<T>& result) {
     return result ? String() : result.GetError().GetMessage();
 }
 
+inline RunOptions Options(const char* kernel, const char* grid, const BaseArray<String>& buffers,
+                          const BaseArray<String>& uniforms, const BaseArray<String>& outputs = {}) {
+    RunOptions options;
+    options.kernel = kernel;
+    options.grid = grid;
+    options.buffers = buffers;
+    options.uniforms = uniforms;
+    options.outputs = outputs;
+    return options;
+}
+
 /// What is wrong with a run, or nothing.
 inline String RunMessage(const RunOptions& options) {
     return MessageOf(RunKernel(options, LoadedContext()));

@@ -26,7 +26,10 @@ Outcome RunWords(const BaseArray<const char*>& words) {
 
 } // namespace
 
-TEST(Tool, HelpAndVersionSucceed) {
+TEST(Tool, HelpVersionAndCommonOptionsBehindTheCommandSucceed) {
+    const Outcome machine = RunWords({"info", "machine", "--workers", "3"});
+    EXPECT_EQ(machine.status, 0);
+    EXPECT_NE(machine.out.find("workers    3\n"), String::npos) << machine.out;
     EXPECT_EQ(RunWords({"--version"}).status, 0);
     EXPECT_TRUE(RunWords({"--version"}).out.starts_with("norvi "));
     for (const BaseArray<const char*>& words :
@@ -56,12 +59,6 @@ TEST(Tool, FailingCommandsGiveStatus1AndOneLine) {
     EXPECT_EQ(outcome.status, 1);
     EXPECT_EQ(outcome.out, "");
     EXPECT_EQ(outcome.err, "norvi: there is no kernel 'saxpi'; did you mean 'saxpy'?\n");
-}
-
-TEST(Tool, CommonOptionsMayFollowTheCommand) {
-    const Outcome outcome = RunWords({"info", "machine", "--workers", "3"});
-    EXPECT_EQ(outcome.status, 0);
-    EXPECT_NE(outcome.out.find("workers    3\n"), String::npos) << outcome.out;
 }
 
 TEST(Tool, UnknownConfigurationAndModuleFoldersAreErrors) {
