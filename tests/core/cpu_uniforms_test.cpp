@@ -7,24 +7,21 @@ namespace norvi {
 namespace {
 
 /// A kernel with a parameter of each kind, which tests look into.
-class Typed final : public KernelOf<Typed> {
+class Typed final : public DeclaredKernel<Typed> {
   public:
-    Result<void> Init() noexcept override {
-        return CatchOutOfMemory([&]() -> Result<void> {
-            latest = this;
-            AddParameter("u", u);
-            AddParameter("i", i);
-            AddParameter("f", f);
-            AddParameter("flag", flag);
-            AddParameter("vector", vector);
-            AddParameter("text", text);
-            AddParameter("data", data);
-            AddParameter("counter", counter);
-            AddParameter("formula", formula);
-            AddParameter("noiseData", noiseData);
-            SetWorkGroupSize({1, 1, 1});
-            return OK;
-        });
+    void Declare() {
+        latest = this;
+        AddParameter("u", u);
+        AddParameter("i", i);
+        AddParameter("f", f);
+        AddParameter("flag", flag);
+        AddParameter("vector", vector);
+        AddParameter("text", text);
+        AddParameter("data", data);
+        AddParameter("counter", counter);
+        AddParameter("formula", formula);
+        AddParameter("noiseData", noiseData);
+        SetWorkGroupSize({1, 1, 1});
     }
     Result<void> Kernel(const Vec3<UInt32>&, const Vec3<UInt32>&, const Vec3<UInt32>&) override {
         if (counter)

@@ -10,12 +10,9 @@ namespace norvi {
 namespace {
 
 /// Invocation 0 fails at once; the others wait for it and then take their time.
-class FailsFirst final : public SizedKernel<FailsFirst> {
+class FailsFirst final : public DeclaredKernel<FailsFirst> {
   public:
-    Result<void> Init() noexcept override {
-        TakeSizes();
-        return OK;
-    }
+    void Declare() { TakeSizes(); }
     Result<void> Kernel(const Vec3<UInt32>& global, const Vec3<UInt32>&, const Vec3<UInt32>&) override {
         ++started;
         if (global.x == 0 && global.y == 0) {

@@ -20,9 +20,17 @@ struct KernelSizes {
 };
 inline KernelSizes g_sizes;
 
-/// A kernel with the sizes above.
+/// A kernel whose parameters and sizes its Declare tells.
 template <typename Derived>
-class SizedKernel : public KernelOf<Derived> {
+class DeclaredKernel : public KernelOf<Derived> {
+  public:
+    Result<void> Init() noexcept override {
+        return CatchOutOfMemory([&]() -> Result<void> {
+            static_cast<Derived*>(this)->Declare();
+            return OK;
+        });
+    }
+
   protected:
     void TakeSizes() {
         this->SetWorkGroupSize(g_sizes.group);
@@ -32,15 +40,12 @@ class SizedKernel : public KernelOf<Derived> {
 };
 
 /// Writes scale * x to data[x], in the first row of the grid.
-class Doubler final : public KernelOf<Doubler> {
+class Doubler final : public DeclaredKernel<Doubler> {
   public:
-    Result<void> Init() noexcept override {
-        return CatchOutOfMemory([&]() -> Result<void> {
-            AddParameter("data", data_);
-            AddParameter("scale", scale_);
-            SetWorkGroupSize({64, 1, 1});
-            return OK;
-        });
+    void Declare() {
+        AddParameter("data", data_);
+        AddParameter("scale", scale_);
+        SetWorkGroupSize({64, 1, 1});
     }
     Result<void> Kernel(const Vec3<UInt32>& global, const Vec3<UInt32>&, const Vec3<UInt32>&) override {
         if (global.x >= data_.GetCount() || global.y > 0)
@@ -55,15 +60,12 @@ class Doubler final : public KernelOf<Doubler> {
 };
 
 /// Writes the first channel of the texture's texel x to data[x].
-class TexelReader final : public KernelOf<TexelReader> {
+class TexelReader final : public DeclaredKernel<TexelReader> {
   public:
-    Result<void> Init() noexcept override {
-        return CatchOutOfMemory([&]() -> Result<void> {
-            AddParameter("data", data_);
-            AddParameter("texture", texture_);
-            SetWorkGroupSize({1, 1, 1});
-            return OK;
-        });
+    void Declare() {
+        AddParameter("data", data_);
+        AddParameter("texture", texture_);
+        SetWorkGroupSize({1, 1, 1});
     }
     Result<void> Kernel(const Vec3<UInt32>& global, const Vec3<UInt32>&, const Vec3<UInt32>&) override {
         if (global.x < data_.GetCount())
@@ -77,16 +79,13 @@ class TexelReader final : public KernelOf<TexelReader> {
 };
 
 /// Converts the one colour in data, there and back.
-class ColorConverter final : public KernelOf<ColorConverter> {
+class ColorConverter final : public DeclaredKernel<ColorConverter> {
   public:
-    Result<void> Init() noexcept override {
-        return CatchOutOfMemory([&]() -> Result<void> {
-            AddParameter("data", data_);
-            AddParameter("there", there_);
-            AddParameter("back", back_);
-            SetWorkGroupSize({1, 1, 1});
-            return OK;
-        });
+    void Declare() {
+        AddParameter("data", data_);
+        AddParameter("there", there_);
+        AddParameter("back", back_);
+        SetWorkGroupSize({1, 1, 1});
     }
     Result<void> Kernel(const Vec3<UInt32>&, const Vec3<UInt32>&, const Vec3<UInt32>&) override {
         const auto there = there_(&data_[0]);
@@ -112,17 +111,14 @@ struct Invocation {
 /// Records its invocations in `seen`, at their place in a grid of `gridX` x `gridY`, and fails where `fails`
 /// says so.
 template <typename Derived>
-class RecorderBase : public SizedKernel<Derived> {
+class RecorderBase : public DeclaredKernel<Derived> {
   public:
-    Result<void> Init() noexcept override {
-        return CatchOutOfMemory([&]() -> Result<void> {
-            this->AddParameter("seen", seen_);
-            this->AddParameter("fails", fails_);
-            this->AddParameter("gridX", gridX_);
-            this->AddParameter("gridY", gridY_);
-            this->TakeSizes();
-            return OK;
-        });
+    void Declare() {
+        this->AddParameter("seen", seen_);
+        this->AddParameter("fails", fails_);
+        this->AddParameter("gridX", gridX_);
+        this->AddParameter("gridY", gridY_);
+        this->TakeSizes();
     }
     Result<void> Kernel(const Vec3<UInt32>& global, const Vec3<UInt32>& local,
                         const Vec3<UInt32>& group) override {
@@ -169,16 +165,13 @@ class RangeRecorder final : public RecorderBase<RangeRecorder>, public KernelRan
 };
 
 /// Evaluates a formula for each index of the first row: data[x] = scale * formula(value x, seed 1000 + x).
-class FormulaKernel final : public SizedKernel<FormulaKernel> {
+class FormulaKernel final : public DeclaredKernel<FormulaKernel> {
   public:
-    Result<void> Init() noexcept override {
-        return CatchOutOfMemory([&]() -> Result<void> {
-            AddParameter("data", data_);
-            AddParameter("scale", scale_);
-            AddParameter("formulaOfTheElements", formula_);
-            TakeSizes();
-            return OK;
-        });
+    void Declare() {
+        AddParameter("data", data_);
+        AddParameter("scale", scale_);
+        AddParameter("formulaOfTheElements", formula_);
+        TakeSizes();
     }
     Result<void> Kernel(const Vec3<UInt32>& global, const Vec3<UInt32>&, const Vec3<UInt32>&) override {
         if (global.x >= data_.GetCount() || global.y > 0)

@@ -6,17 +6,16 @@ namespace norvi {
 
 namespace {
 
-struct MalformedCase {
-    const char* text;
-    const char* message;
-};
+/// A text and how the message about it goes on behind "--OPTION 'TEXT'".
+using Malformed = std::pair<const char*, String>;
 
-template <typename Parse, std::size_t N>
-void ExpectMessages(Parse&& parse, const MalformedCase (&cases)[N]) {
-    for (const auto& [text, message] : cases)
-        EXPECT_EQ(MessageOf(parse(text)), message) << "for '" << text << "'";
+template <typename Parse>
+void ExpectMessages(const char* option, Parse&& parse, const BaseArray<Malformed>& cases) {
+    for (const auto& [text, reason] : cases)
+        EXPECT_EQ(MessageOf(parse(text)), Format("--@ '@'@", option, text, reason));
 }
 
+const char* const NoAssignment = " is not NAME=VALUE";
 const String FileKindsText =
     "names of files end in .npy, .png, .jpg, .jpeg, .exr, .tif, .tiff, .bmp, .tga, .hdr, "
     ".ppm, .pgm or .webp";
@@ -24,35 +23,27 @@ const String FileKindsText =
 } // namespace
 
 TEST(ParseBuffer, MalformedTextsGiveErrorsThatQuoteThem) {
-    const String expected = "--buffer 'x=12': expected TYPE:COUNT, kernel:COUNT or a file; " + FileKindsText;
-    ExpectMessages(
-        &ParseBuffer,
-        {
-            {"", "--buffer '' is not NAME=VALUE"},
-            {"=", "--buffer '=' is not NAME=VALUE"},
-            {"x=", "--buffer 'x=' is not NAME=VALUE"},
-            {"=float32:3", "--buffer '=float32:3' is not NAME=VALUE"},
-            {"x=12", expected.c_str()},
-            {"x=flot32:100", "--buffer 'x=flot32:100': 'flot32' is no element type; did you mean 'float32'?"},
-            {"x=float32:", "--buffer 'x=float32:': '' is no count of elements; expected N or WxH, at "
-                           "least 1"},
-            {"x=float32:0", "--buffer 'x=float32:0': '0' is no count of elements; expected N or WxH, at "
-                            "least 1"},
-            {"x=float32:-5", "--buffer 'x=float32:-5': '-5' is no count of elements; expected N or WxH, at "
-                             "least 1"},
-            {"x=float32:99999999x99999999",
-             "--buffer 'x=float32:99999999x99999999': '99999999x99999999' is no count of elements; expected "
-             "N or WxH, at least 1"},
-            {"x=float32:99999999999999999999999",
-             "--buffer 'x=float32:99999999999999999999999': '99999999999999999999999' is no count of "
-             "elements; expected N or WxH, at least 1"},
-            {"x=float32:2x3x4", "--buffer 'x=float32:2x3x4': '2x3x4' is no count of elements; expected N or "
-                                "WxH, at least 1"},
-            {"x=a.png:grey", "--buffer 'x=a.png:grey': only :rgb or :luminance may follow the name of a "
-                             "picture, nothing that of an array"},
-            {"x=a.npy:rgb", "--buffer 'x=a.npy:rgb': only :rgb or :luminance may follow the name of a "
-                            "picture, nothing that of an array"},
-        });
+    const String noSource = ": expected TYPE:COUNT, kernel:COUNT or a file; " + FileKindsText;
+    const char* const noCount = ": '@' is no count of elements; expected N or WxH, at least 1";
+    const char* const noSuffix =
+        ": only :rgb or :luminance may follow the name of a picture, nothing that of an array";
+    ExpectMessages("buffer", &ParseBuffer,
+                   {
+                       {"", NoAssignment},
+                       {"=", NoAssignment},
+                       {"x=", NoAssignment},
+                       {"=float32:3", NoAssignment},
+                       {"x=12", noSource},
+                       {"x=flot32:100", ": 'flot32' is no element type; did you mean 'float32'?"},
+                       {"x=float32:", Format(noCount, "")},
+                       {"x=float32:0", Format(noCount, "0")},
+                       {"x=float32:-5", Format(noCount, "-5")},
+                       {"x=float32:99999999x99999999", Format(noCount, "99999999x99999999")},
+                       {"x=float32:99999999999999999999999", Format(noCount, "99999999999999999999999")},
+                       {"x=float32:2x3x4", Format(noCount, "2x3x4")},
+                       {"x=a.png:grey", noSuffix},
+                       {"x=a.npy:rgb", noSuffix},
+                   });
 }
 
 TEST(ParseBuffer, TellsZerosArraysAndPicturesApart) {
@@ -75,19 +66,19 @@ TEST(ParseBuffer, TellsZerosArraysAndPicturesApart) {
 }
 
 TEST(ParseOutput, MalformedTextsGiveErrorsThatQuoteThem) {
-    ExpectMessages(
-        &ParseOutput,
-        {
-            {"y", "--output 'y' is not NAME=VALUE"},
-            {"y=a.txt", ("--output 'y=a.txt': " + FileKindsText).c_str()},
-            {"y=a.npy:3x4", "--output 'y=a.npy:3x4': only the name of a picture can be followed by a size"},
-            {"y=a.png:34", "--output 'y=a.png:34': expected FILE:WxH or FILE:WxH:BLACK:WHITE"},
-            {"y=a.png:3x-4", "--output 'y=a.png:3x-4': expected FILE:WxH or FILE:WxH:BLACK:WHITE"},
-            {"y=a.png:3x4:1", "--output 'y=a.png:3x4:1': expected FILE:WxH or FILE:WxH:BLACK:WHITE"},
-            {"y=a.png:3x4:1:1", "--output 'y=a.png:3x4:1:1': black and white must be two different numbers"},
-            {"y=a.png:3x4:0:nan",
-             "--output 'y=a.png:3x4:0:nan': black and white must be two different numbers"},
-        });
+    const char* const noSize = ": expected FILE:WxH or FILE:WxH:BLACK:WHITE";
+    const char* const noRange = ": black and white must be two different numbers";
+    ExpectMessages("output", &ParseOutput,
+                   {
+                       {"y", NoAssignment},
+                       {"y=a.txt", ": " + FileKindsText},
+                       {"y=a.npy:3x4", ": only the name of a picture can be followed by a size"},
+                       {"y=a.png:34", noSize},
+                       {"y=a.png:3x-4", noSize},
+                       {"y=a.png:3x4:1", noSize},
+                       {"y=a.png:3x4:1:1", noRange},
+                       {"y=a.png:3x4:0:nan", noRange},
+                   });
 }
 
 TEST(ParseOutput, PutsTheStepIntoTheFileName) {
@@ -115,15 +106,13 @@ TEST(ParseGrid, TakesUpToThreeSizesWhoseProductHas32Bits) {
 }
 
 TEST(ParseInitial, MalformedTextsGiveErrorsThatQuoteThem) {
-    ExpectMessages(
-        [](const char* text) { return ParseInitial(InitialValues::Fill, text); },
-        {{"x=", "--fill 'x=' is not NAME=VALUE"}, {"x=1,two", "--fill 'x=1,two': 'two' is no number"}});
-    ExpectMessages([](const char* text) { return ParseInitial(InitialValues::Ramp, text); },
-                   {{"x=1", "--ramp 'x=1': expected NAME=FROM:TO"},
-                    {"x=1:2:3", "--ramp 'x=1:2:3': expected NAME=FROM:TO"}});
-    ExpectMessages([](const char* text) { return ParseInitial(InitialValues::Random, text); },
-                   {{"x=1.5", "--random 'x=1.5': expected NAME=SEED, a whole number"},
-                    {"x=1,2", "--random 'x=1,2': expected NAME=SEED, a whole number"}});
+    ExpectMessages("fill", [](const char* text) { return ParseInitial(InitialValues::Fill, text); },
+                   {{"x=", NoAssignment}, {"x=1,two", ": 'two' is no number"}});
+    ExpectMessages("ramp", [](const char* text) { return ParseInitial(InitialValues::Ramp, text); },
+                   {{"x=1", ": expected NAME=FROM:TO"}, {"x=1:2:3", ": expected NAME=FROM:TO"}});
+    ExpectMessages("random", [](const char* text) { return ParseInitial(InitialValues::Random, text); },
+                   {{"x=1.5", ": expected NAME=SEED, a whole number"},
+                    {"x=1,2", ": expected NAME=SEED, a whole number"}});
 }
 
 TEST(ParseNoise, TakesNumbersAndNamesOfModes) {
@@ -141,14 +130,12 @@ TEST(ParseNoise, TakesNumbersAndNamesOfModes) {
 TEST(ParseCounterAndSwap, MalformedTextsGiveErrorsThatQuoteThem) {
     EXPECT_EQ(ParseCounter("hits")->start, 0u);
     EXPECT_EQ(ParseCounter("hits=7")->start, 7u);
-    ExpectMessages(&ParseCounter,
-                   {{"", "--counter '' is not NAME=VALUE"},
-                    {"hits=-1", "--counter 'hits=-1': a counter starts at 0 to 4294967295"},
-                    {"hits=4294967296", "--counter 'hits=4294967296': a counter starts at 0 to 4294967295"}});
-    ExpectMessages(&ParseSwap, {{"a", "--swap 'a': expected the names of two parameters, A,B"},
-                                {"a,", "--swap 'a,': expected the names of two parameters, A,B"},
-                                {"a,a", "--swap 'a,a': expected the names of two parameters, A,B"},
-                                {"a,b,c", "--swap 'a,b,c': expected the names of two parameters, A,B"}});
+    ExpectMessages("counter", &ParseCounter,
+                   {{"", NoAssignment},
+                    {"hits=-1", ": a counter starts at 0 to 4294967295"},
+                    {"hits=4294967296", ": a counter starts at 0 to 4294967295"}});
+    const char* const noPair = ": expected the names of two parameters, A,B";
+    ExpectMessages("swap", &ParseSwap, {{"a", noPair}, {"a,", noPair}, {"a,a", noPair}, {"a,b,c", noPair}});
 }
 
 } // namespace norvi

@@ -48,34 +48,30 @@ TEST(RunPlan, KernelsAreFoundWithAndWithoutSuffixAndNamesSuggested) {
 TEST(RunPlan, ArgumentsThatDoNotSuitTheKernelGiveErrors) {
     const struct {
         BaseArray<String> RunOptions::*list;
+        const char* option;
         const char* text;
-        const char* message;
+        const char* reason; ///< "@" is the kernel
     } cases[] = {
-        {&RunOptions::uniforms, "b=1",
-         "--uniform 'b=1': kernel 'saxpy.kernel' has no parameter 'b'; there is x, y, a"},
-        {&RunOptions::uniforms, "x=1",
-         "--uniform 'x=1': parameter 'x' of kernel 'saxpy.kernel' is of type buffer of float32; use "
-         "--buffer"},
-        {&RunOptions::uniforms, "a=3", "--uniform 'a=3': parameter 'a' was given before"},
-        {&RunOptions::buffers, "a=float32:3",
-         "--buffer 'a=float32:3': parameter 'a' of kernel 'saxpy.kernel' is of type float32; use --uniform"},
-        {&RunOptions::buffers, "x=float32:3", "--buffer 'x=float32:3': buffer 'x' was given before"},
-        {&RunOptions::formulas, "f=value",
-         "--formula 'f=value': kernel 'saxpy.kernel' has no parameter 'f'; there is x, y, a"},
-        {&RunOptions::counters, "a",
-         "--counter 'a': parameter 'a' of kernel 'saxpy.kernel' is of type float32; use --uniform"},
-        {&RunOptions::noises, "0:1", "--noise '0:1': kernel 'saxpy.kernel' has no noise parameter"},
-        {&RunOptions::fills, "z=1", "--fill 'z=1': there is no buffer 'z'; there is x, y"},
-        {&RunOptions::fills, "x=1,2", "--fill 'x=1,2': float32 takes 1 or 1 numbers"},
-        {&RunOptions::fills, "x=1e39", "--fill 'x=1e39': float32 cannot hold 1e+39"},
-        {&RunOptions::swaps, "x,z",
-         "--swap 'x,z': kernel 'saxpy.kernel' has no parameter 'z'; there is x, y, a"},
-        {&RunOptions::bindings, "x=z", "--bind 'x=z': there is no buffer 'z'; there is x, y"},
-        {&RunOptions::outputs, "z=z.npy",
-         "--output 'z=z.npy': kernel 'saxpy.kernel' has no parameter 'z'; there is x, y, a"},
+        {&RunOptions::uniforms, "uniform", "b=1", "@ has no parameter 'b'; there is x, y, a"},
+        {&RunOptions::uniforms, "uniform", "x=1",
+         "parameter 'x' of @ is of type buffer of float32; use --buffer"},
+        {&RunOptions::uniforms, "uniform", "a=3", "parameter 'a' was given before"},
+        {&RunOptions::buffers, "buffer", "a=float32:3",
+         "parameter 'a' of @ is of type float32; use --uniform"},
+        {&RunOptions::buffers, "buffer", "x=float32:3", "buffer 'x' was given before"},
+        {&RunOptions::formulas, "formula", "f=value", "@ has no parameter 'f'; there is x, y, a"},
+        {&RunOptions::counters, "counter", "a", "parameter 'a' of @ is of type float32; use --uniform"},
+        {&RunOptions::noises, "noise", "0:1", "@ has no noise parameter"},
+        {&RunOptions::fills, "fill", "z=1", "there is no buffer 'z'; there is x, y"},
+        {&RunOptions::fills, "fill", "x=1,2", "float32 takes 1 or 1 numbers"},
+        {&RunOptions::fills, "fill", "x=1e39", "float32 cannot hold 1e+39"},
+        {&RunOptions::swaps, "swap", "x,z", "@ has no parameter 'z'; there is x, y, a"},
+        {&RunOptions::bindings, "bind", "x=z", "there is no buffer 'z'; there is x, y"},
+        {&RunOptions::outputs, "output", "z=z.npy", "@ has no parameter 'z'; there is x, y, a"},
     };
-    for (const auto& [list, text, message] : cases)
-        EXPECT_EQ(SaxpyMessage([&](RunOptions& o) { (o.*list).push_back(text); }), message);
+    for (const auto& [list, option, text, reason] : cases)
+        EXPECT_EQ(SaxpyMessage([&](RunOptions& o) { (o.*list).push_back(text); }),
+                  Format("--@ '@': @", option, text, Format(reason, "kernel 'saxpy.kernel'")));
 }
 
 TEST(RunPlan, BuffersMustBeGivenWithTheTypeOfTheParameter) {

@@ -141,50 +141,37 @@ bool LiveWithOneFailure(Program& program, Int count) {
     return hasFailed;
 }
 
-TEST_F(OutOfMemoryTest, OperationThatFailedOnceSucceedsWhenTriedAgain) {
-    for (Int count = 0; !HasFailure(); ++count) {
-        const Int living = allocation::GetLiving();
-        bool hasFailed = false;
-        {
-            const auto program = std::make_shared<ParallelProgramCPUImpl>();
-            ASSERT_OK(program->StoreUniformBufferData(kept, U32{1, 2, 3}));
-            hasFailed = LiveWithOneFailure(*program, count);
-            ExpectElements(*program, kept, {1, 2, 3});
-            ASSERT_OK(program->Reset());
-            ExpectGoodLife(*program);
-        }
-        EXPECT_EQ(allocation::GetLiving(), living) << "memory was lost, failure after " << count;
-        if (!hasFailed) {
-            EXPECT_GT(count, 100) << "a life takes more allocations than that";
-            break;
-        }
-    }
+/// Lets all allocations after the first `count` fail: the first failure is the lack of memory. Gives false
+/// when there was none.
+bool LiveWithLastingFailure(Program& program, Int count) {
+    const auto life = Life();
+    allocation::FailAfter(count, true);
+    const Error* first = nullptr;
+    for (const auto& step : life)
+        if (Result<void> result = step(program); !result.IsOk() && !first)
+            first = result.TakeError();
+    const bool hasFailed = allocation::StopFailing();
+    EXPECT_EQ(first != nullptr, hasFailed);
+    EXPECT_TRUE(FailsWith(Result<void>(first), errorkind::OutOfMemory, "Out of memory") || !hasFailed);
+    return hasFailed;
 }
 
-TEST_F(OutOfMemoryTest, ProgramOutlivesALongLackOfMemory) {
-    for (Int count = 0; !HasFailure(); ++count) {
-        const Int living = allocation::GetLiving();
-        bool hasFailed = false;
-        {
-            const auto life = Life();
-            const auto program = std::make_shared<ParallelProgramCPUImpl>();
-            ASSERT_OK(program->StoreUniformBufferData(kept, U32{1, 2, 3}));
-            allocation::FailAfter(count, true);
-            const Error* first = nullptr;
-            for (const auto& step : life)
-                if (Result<void> result = step(*program); !result.IsOk() && !first)
-                    first = result.TakeError();
-            hasFailed = allocation::StopFailing();
-            EXPECT_EQ(first != nullptr, hasFailed);
-            EXPECT_TRUE(FailsWith(Result<void>(first), errorkind::OutOfMemory, "Out of memory") ||
-                        !hasFailed);
-            ExpectElements(*program, kept, {1, 2, 3});
-            ASSERT_OK(program->Reset());
-            ExpectGoodLife(*program);
+TEST_F(OutOfMemoryTest, ProgramOutlivesOneFailureAndALongLackAtEachAllocation) {
+    for (const auto live : {&LiveWithOneFailure, &LiveWithLastingFailure}) {
+        Int count = 0;
+        for (bool hasFailed = true; hasFailed && !HasFailure(); ++count) {
+            const Int living = allocation::GetLiving();
+            {
+                const auto program = std::make_shared<ParallelProgramCPUImpl>();
+                ASSERT_OK(program->StoreUniformBufferData(kept, U32{1, 2, 3}));
+                hasFailed = live(*program, count);
+                ExpectElements(*program, kept, {1, 2, 3});
+                ASSERT_OK(program->Reset());
+                ExpectGoodLife(*program);
+            }
+            EXPECT_EQ(allocation::GetLiving(), living) << "memory was lost, failure after " << count;
         }
-        EXPECT_EQ(allocation::GetLiving(), living) << "memory was lost, failure after " << count;
-        if (!hasFailed)
-            break;
+        EXPECT_GT(count, 100) << "a life takes more allocations than that";
     }
 }
 
