@@ -6,15 +6,18 @@
 //   shared memory has the name of the buffer that it is a copy of. Atomic counters keep their names: kernel
 //   text uses them bare.
 // - round may go either way at halves, and so becomes roundEven.
-// - A driver may still contract a*b+c into one operation: arithmetic is not marked as precise yet.
-// - Textures with three channels are stored with four.
+// - Only single variables can be declared precise. That nothing is contracted is said in the compiled module,
+//   see spirv/finish_module.h.
+// - Textures with three channels are stored with four. Channels that a texture does not have read as 0, where
+//   GLSL has 1 for the fourth.
+// - Buffers are no parameters of functions.
 #include "language_table.h"
 
 namespace norvi {
 
 namespace {
 
-constexpr ShaderWord words[] = {
+constexpr ShaderWord glslWords[] = {
     {"Float32", "float"},
     {"Int32", "int"},
     {"UInt32", "uint"},
@@ -53,16 +56,6 @@ constexpr ShaderWord words[] = {
      "norviNoise(norviUniforms.norviNoiseModes[index], norviUniforms.norviNoiseSeeds[index], place, time)"},
 };
 
-std::string_view ClassOf(char format) {
-    return format == 'u' ? "u" : format == 's' ? "i" : "";
-}
-
-String LayoutOf(UInt32 channelCount, std::string_view format) {
-    static constexpr const char* channels[] = {"r", "rg", "rgba", "rgba"};
-    const char* kind = format[0] == 'u' ? "ui" : format[0] == 's' ? "i" : "f";
-    return String(channels[channelCount - 1]).append(format.substr(1)).append(kind);
-}
-
 } // namespace
 
 // clang-format off
@@ -70,35 +63,36 @@ const ShaderLanguage glslLanguage = {
     .id = "GLSL",
     .head =
         "#version 460\n"
-        "#extension GL_EXT_scalar_block_layout : require\n",
-    .halfHead =
+        "#extension GL_EXT_scalar_block_layout : require\n"
         "#extension GL_EXT_shader_16bit_storage : require\n"
         "#extension GL_EXT_shader_explicit_arithmetic_types_float16 : require\n",
-    .groupSize = "layout(local_size_x = $x$, local_size_y = $y$, local_size_z = $z$) in;\n",
-    .words = words,
+    .words = glslWords,
     .prologue = "",
+    .groupSize = "layout(local_size_x = $x$, local_size_y = $y$, local_size_z = $z$) in;\n",
+    .programBegin = "",
+    .storageWords = {},
     .uniformsBegin = "layout(set = 0, binding = $binding$, scalar) uniform NorviUniforms {\n",
     .uniform = "$type$ norvi_$name$;\n",
     .noiseUniforms =
         "int norviNoiseModes[$count$];\n"
         "int norviNoiseSeeds[$count$];\n",
-    .uniformsEnd = "} norviUniforms;\n",
-    .buffer = "layout(set = 0, binding = $binding$, scalar) buffer NorviBuffer_$name$ { $type$ elements[]; } norviBuffer_$name$;\n",
-    .readOnlyBuffer = "layout(set = 0, binding = $binding$, scalar) readonly buffer NorviBuffer_$name$ { $type$ elements[]; } norviBuffer_$name$;\n",
-    .counter = "layout(set = 0, binding = $binding$, scalar) buffer NorviCounter_$name$ { uint $name$; };\n",
-    .texture =
+    .uniformsEnd = {"} norviUniforms;\n"},
+    .buffer = {"layout(set = 0, binding = $binding$, scalar) buffer NorviBuffer_$name$ { $type$ elements[]; } norviBuffer_$name$;\n"},
+    .readOnlyBuffer = {"layout(set = 0, binding = $binding$, scalar) readonly buffer NorviBuffer_$name$ { $type$ elements[]; } norviBuffer_$name$;\n"},
+    .counter = {"layout(set = 0, binding = $binding$, scalar) buffer NorviCounter_$name$ { uint $name$; };\n"},
+    .texture = {
         "layout(set = 0, binding = $binding$) uniform $class$sampler$dimensions$D norviTexture_$name$;\n"
-        "#define norviSample_$name$(place) textureLod(norviTexture_$name$, place, 0.0)\n"
-        "#define norviLoad_$name$(place) texelFetch(norviTexture_$name$, place, 0)\n"
-        "#define norviSize_$name$ textureSize(norviTexture_$name$, 0)\n",
-    .image =
+        "#define norviSample_$name$(place) $class$vec4(textureLod(norviTexture_$name$, place, 0.0)$components$)\n"
+        "#define norviLoad_$name$(place) $class$vec4(texelFetch(norviTexture_$name$, place, 0)$components$)\n"
+        "#define norviSize_$name$ textureSize(norviTexture_$name$, 0)\n"},
+    .image = {
         "layout(set = 0, binding = $binding$, $layout$) uniform $class$image$dimensions$D norviTexture_$name$;\n"
-        "#define norviLoad_$name$(place) imageLoad(norviTexture_$name$, place)\n"
-        "#define norviSize_$name$ imageSize(norviTexture_$name$)\n",
+        "#define norviLoad_$name$(place) $class$vec4(imageLoad(norviTexture_$name$, place)$components$)\n"
+        "#define norviSize_$name$ imageSize(norviTexture_$name$)\n"},
+    .groupShared = {"groupSharedMemory $type$ $name$[$size$];\n"},
+    .groupSharedLocal = "",
     .bodyBegin = "void main()\n{\n",
     .bodyEnd = "}\n",
-    .classOf = ClassOf,
-    .layoutOf = LayoutOf,
 };
 // clang-format on
 

@@ -3,7 +3,7 @@
 namespace norvi {
 
 const ShaderLanguage* FindShaderLanguage(const Id& language) {
-    for (const ShaderLanguage* table : {&glslLanguage})
+    for (const ShaderLanguage* table : {&glslLanguage, &hlslLanguage, &metalLanguage})
         if (language == table->id)
             return table;
     return nullptr;

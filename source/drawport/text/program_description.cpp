@@ -1,12 +1,12 @@
 #include "program_description.h"
 
 #include <algorithm>
-#include <array>
 
 #include <norvi/host/text.h>
 
 #include "shaderparser/shaderparser.h"
 #include "shaderparser/signature.h"
+#include "shaderparser/texture_type.h"
 #include "shaderparser/type_names.h"
 
 namespace norvi {
@@ -78,20 +78,28 @@ void DescribeParameter(const KernelParameterEntry& entry, const Id& language, Pr
 
 /// "net.norvi.image.pixelformat.dynamic.redgreenf32" has two channels of the format "f32".
 ShaderTexture DescribeTexture(const KernelTextureEntry& entry) {
-    static constexpr std::string_view prefix = "net.norvi.image.pixelformat.";
-    static constexpr std::array<std::string_view, 4> channels = {"dynamic.red", "dynamic.redgreen", "rgb.",
-                                                                 "rgba."};
     ShaderTexture texture;
     texture.name = entry.name;
     texture.dimensions = entry.textureKind == 1 ? 1 : entry.textureKind == 6 ? 2 : 3;
     texture.isImage = entry.isConst == 0;
-    const std::string_view id = std::string_view(entry.pixelFormat.ToString()).substr(prefix.size());
-    for (UInt32 i = 0; i < channels.size(); ++i)
-        if (id.starts_with(channels[i])) {
-            texture.channelCount = i + 1;
-            texture.format = id.substr(channels[i].size());
-        }
+    const PixelFormatParts parts = GetPixelFormatParts(entry.pixelFormat);
+    texture.channelCount = parts.channelCount;
+    texture.format = parts.format;
     return texture;
+}
+
+/// Takes "groupSharedMemory TYPE NAME[SIZE]; \n" apart.
+ShaderGroupShared DescribeGroupShared(const MappedText& declaration) {
+    const String& text = declaration.text;
+    const size_t type = text.find(' ') + 1;
+    const size_t size = text.find('[') + 1;
+    const size_t name = text.rfind(' ', size) + 1;
+    ShaderGroupShared shared;
+    shared.type = text.substr(type, name - 1 - type);
+    shared.name = text.substr(name, size - 1 - name);
+    shared.size = text.substr(size, text.find(']', size) - size);
+    shared.origin = declaration.lines.front();
+    return shared;
 }
 
 } // namespace
@@ -108,7 +116,8 @@ Result<ProgramDescription> DescribeProgram(const ShaderParser& parser) {
             program.textures.push_back(DescribeTexture(entry));
         program.hasNoise = parser.GetNoiseCallCount() > 0;
         NORVI_TRY(DescribeFunctions(parser, program));
-        program.groupShared = parser.GetGroupSharedDeclarations();
+        for (const MappedText& declaration : parser.GetGroupSharedDeclarations())
+            program.groupShared.push_back(DescribeGroupShared(declaration));
         program.globals = parser.GetGlobalBlocks();
         program.body = parser.GetKernelText();
         program.body.text = WithoutNoiseMarks(program.body.text);

@@ -31,6 +31,13 @@ struct ShaderTexture {
     bool isImage = false; ///< written by the shader
 };
 
+struct ShaderGroupShared {
+    CString type;
+    CString name;
+    CString size;
+    LineOrigin origin;
+};
+
 struct ProgramDescription {
     BaseArray<MappedText> code; ///< of the caller, in front of all that comes from the kernel
     BaseArray<MappedText> defines;
@@ -41,7 +48,7 @@ struct ProgramDescription {
     BaseArray<ShaderTexture> textures;
     bool hasNoise = false; ///< the code above defines norviNoise then, see language_table.h
     BaseArray<MappedText> functions;
-    BaseArray<MappedText> groupShared;
+    BaseArray<ShaderGroupShared> groupShared;
     BaseArray<MappedText> globals;
     MappedText body;
     Vec3<UInt32> groupSize{256, 1, 1};

@@ -13,7 +13,9 @@ struct PatternValue {
     String value;
 };
 
-String Fill(std::string_view pattern, std::initializer_list<PatternValue> values) {
+using Values = std::initializer_list<PatternValue>;
+
+String Fill(std::string_view pattern, Values values) {
     String text;
     for (size_t mark = pattern.find('$'); mark != pattern.npos; mark = pattern.find('$')) {
         text += pattern.substr(0, mark);
@@ -27,10 +29,24 @@ String Fill(std::string_view pattern, std::initializer_list<PatternValue> values
     return text.append(pattern);
 }
 
-/// Whether a name stands for a type of 16-bit floats.
-bool IsHalf(const CString& type) {
-    return type.starts_with("half") || type == "HalfFloat";
-}
+/// Where the words for the texels of a texture come from.
+struct TexelKind {
+    char format;              ///< first letter of the format
+    const char* kind;         ///< type of a component
+    const char* kindLetter;   ///< in front of vec4
+    const char* layoutLetter; ///< behind rgba8
+};
+constexpr TexelKind texelKinds[] = {
+    {'f', "float", "", "f"}, {'u', "uint", "u", "ui"}, {'s', "int", "i", "i"}};
+
+/// Textures with three channels are stored with four.
+struct TexelChannels {
+    const char* layout;
+    const char* stored;
+    const char* components;
+};
+constexpr TexelChannels texelChannels[] = {
+    {"r", "", ".x, 0, 0, 0"}, {"rg", "2", ".xy, 0, 0"}, {"rgba", "4", ".xyz, 0"}, {"rgba", "4", ""}};
 
 class ProgramWriter {
   public:
@@ -38,65 +54,116 @@ class ProgramWriter {
         : program_(program), language_(language) {}
 
     MappedText Write() {
-        WritePrologue();
+        Write(PrologueOf(language_));
+        WriteSized(language_.groupSize);
         WriteBlocks(program_.code);
         WriteBlocks(program_.defines);
-        WriteBlocks(program_.structs);
-        WriteUniforms();
-        for (const ShaderBuffer& buffer : program_.buffers)
-            Write(Fill(buffer.isReadOnly ? language_.readOnlyBuffer : language_.buffer,
-                       {{"binding", NextBinding()}, {"type", buffer.elementType}, {"name", buffer.name}}));
-        for (const CString& counter : program_.counters)
-            Write(Fill(language_.counter, {{"binding", NextBinding()}, {"name", counter}}));
-        for (const ShaderTexture& texture : program_.textures)
-            WriteTexture(texture);
+        WriteStored();
         WriteBlocks(program_.functions);
-        WriteBlocks(program_.groupShared);
+        for (const ShaderGroupShared& shared : program_.groupShared)
+            WriteGroupShared(shared);
         WriteBlocks(program_.globals);
-        Write(language_.bodyBegin);
+        WriteSized(language_.bodyBegin);
         WriteBlock(program_.body);
-        Write(language_.bodyEnd);
+        Write(Fill(language_.bodyEnd,
+                   {{"parameters", parameters_}, {"arguments", arguments_}, {"locals", locals_}}));
         return std::move(result_);
     }
 
   private:
-    void WritePrologue() {
-        Write(language_.head);
-        if (UsesHalf())
-            Write(language_.halfHead);
-        Write(Fill(language_.groupSize, {{"x", ToText(program_.groupSize.x)},
-                                         {"y", ToText(program_.groupSize.y)},
-                                         {"z", ToText(program_.groupSize.z)}}));
-        for (const ShaderWord& word : language_.words)
-            Write(Format("#define @ @\n", word.word, word.meaning));
-        Write(language_.prologue);
+    void WriteSized(const char* pattern) {
+        Write(Fill(pattern, {{"x", ToText(program_.groupSize.x)},
+                             {"y", ToText(program_.groupSize.y)},
+                             {"z", ToText(program_.groupSize.z)}}));
     }
 
-    bool UsesHalf() const {
-        return std::any_of(program_.uniforms.begin(), program_.uniforms.end(),
-                           [](const ShaderVariable& uniform) { return IsHalf(uniform.type); }) ||
-               std::any_of(program_.buffers.begin(), program_.buffers.end(),
-                           [](const ShaderBuffer& buffer) { return IsHalf(buffer.elementType); });
+    /// All that says how values lie in memory.
+    void WriteStored() {
+        const String types = StoredTypes();
+        const auto isUsed = [&](const ShaderWord& row) { return types.find(row.word) != String::npos; };
+        for (const ShaderWord& row : language_.storageWords)
+            if (isUsed(row))
+                Write(Format("#undef @\n#define @ @\n", row.word, row.word, row.meaning));
+        WriteBlocks(program_.structs);
+        Write(language_.programBegin);
+        WriteDeclarations();
+        for (const ShaderWord& row : language_.storageWords)
+            if (isUsed(row))
+                RestoreWord(row.word);
+    }
+
+    String StoredTypes() const {
+        String types;
+        for (const MappedText& text : program_.structs)
+            types += text.text;
+        for (const ShaderVariable& uniform : program_.uniforms)
+            types += uniform.type + " ";
+        for (const ShaderBuffer& buffer : program_.buffers)
+            types += buffer.elementType + " ";
+        return types;
+    }
+
+    /// Behind a storage word: the word may stand in the table as a macro with arguments.
+    void RestoreWord(std::string_view word) {
+        Write(Format("#undef @\n", word));
+        for (const ShaderWord& row : language_.words)
+            if (row.word.starts_with(String(word) + "("))
+                Write(Format("#define @ @\n", row.word, row.meaning));
+    }
+
+    void WriteDeclarations() {
+        WriteUniforms();
+        for (const ShaderBuffer& buffer : program_.buffers)
+            WriteDeclaration(
+                buffer.isReadOnly ? language_.readOnlyBuffer : language_.buffer,
+                {{"binding", NextBinding()}, {"type", buffer.elementType}, {"name", buffer.name}});
+        for (const CString& counter : program_.counters)
+            WriteDeclaration(language_.counter, {{"binding", NextBinding()}, {"name", counter}});
+        UInt32 index = 0;
+        for (const ShaderTexture& texture : program_.textures)
+            WriteTexture(texture, index++);
     }
 
     void WriteUniforms() {
         if (program_.uniforms.empty() && !program_.hasNoise)
             return;
-        Write(Fill(language_.uniformsBegin, {{"binding", NextBinding()}}));
+        const String binding = NextBinding();
+        Write(Fill(language_.uniformsBegin, {{"binding", binding}}));
         for (const ShaderVariable& uniform : program_.uniforms)
             Write(Fill(language_.uniform, {{"type", uniform.type}, {"name", uniform.name}}));
         if (program_.hasNoise)
             Write(Fill(language_.noiseUniforms, {{"count", ToText(NoiseUniformCount)}}));
-        Write(language_.uniformsEnd);
+        WriteDeclaration(language_.uniformsEnd, {{"binding", binding}});
     }
 
-    void WriteTexture(const ShaderTexture& texture) {
-        Write(Fill(texture.isImage ? language_.image : language_.texture,
-                   {{"binding", NextBinding()},
-                    {"name", texture.name},
-                    {"dimensions", ToText(texture.dimensions)},
-                    {"class", String(language_.classOf(texture.format[0]))},
-                    {"layout", language_.layoutOf(texture.channelCount, texture.format)}}));
+    void WriteTexture(const ShaderTexture& texture, UInt32 index) {
+        const auto kind = std::find_if(std::begin(texelKinds), std::end(texelKinds),
+                                       [&](const TexelKind& row) { return row.format == texture.format[0]; });
+        const TexelChannels& channels = texelChannels[texture.channelCount - 1];
+        WriteDeclaration(texture.isImage ? language_.image : language_.texture,
+                         {{"binding", NextBinding()},
+                          {"index", ToText(index)},
+                          {"name", texture.name},
+                          {"dimensions", ToText(texture.dimensions)},
+                          {"kind", kind->kind},
+                          {"class", kind->kindLetter},
+                          {"layout", channels.layout + texture.format.substr(1) + kind->layoutLetter},
+                          {"stored", channels.stored},
+                          {"components", channels.components}});
+    }
+
+    void WriteGroupShared(const ShaderGroupShared& shared) {
+        const Values values = {{"type", shared.type}, {"name", shared.name}, {"size", shared.size}};
+        const size_t begin = result_.lines.size();
+        WriteDeclaration(language_.groupShared, values);
+        std::fill(result_.lines.begin() + static_cast<Int>(begin), result_.lines.end(), shared.origin);
+        locals_ += Fill(language_.groupSharedLocal, values);
+    }
+
+    void WriteDeclaration(const ShaderDeclaration& declaration, Values values) {
+        Write(Fill(declaration.text, values));
+        parameters_ += Fill(declaration.parameter, values);
+        arguments_ += Fill(declaration.argument, values);
     }
 
     String NextBinding() { return ToText(binding_++); }
@@ -126,24 +193,21 @@ class ProgramWriter {
     const ProgramDescription& program_;
     const ShaderLanguage& language_;
     MappedText result_;
+    String parameters_, arguments_, locals_; ///< of the entry
     UInt32 binding_ = 0;
 };
 
 } // namespace
 
-Result<MappedText> WriteProgram(const ProgramDescription& program, const ShaderLanguage& language) {
-    return CatchOutOfMemory([&]() -> Result<MappedText> { return ProgramWriter(program, language).Write(); });
+String PrologueOf(const ShaderLanguage& language) {
+    String text = language.head;
+    for (const ShaderWord& word : language.words)
+        text += Format("#define @ @\n", word.word, word.meaning);
+    return text + language.prologue;
 }
 
-String DescribeAtOrigin(const MappedText& program, const BaseArray<SourceFile>& files, Int line,
-                        std::string_view message) {
-    const auto index = static_cast<size_t>(line - 1);
-    if (line < 1 || index >= program.lines.size() || program.lines[index].line == 0)
-        return String(message);
-    const LineOrigin origin = program.lines[index];
-    const String text = GetOriginText(files, origin);
-    return Format("@(@): @", files[origin.file].url, origin.line, message) +
-           (text.empty() ? "" : "\n" + text);
+Result<MappedText> WriteProgram(const ProgramDescription& program, const ShaderLanguage& language) {
+    return CatchOutOfMemory([&]() -> Result<MappedText> { return ProgramWriter(program, language).Write(); });
 }
 
 } // namespace norvi

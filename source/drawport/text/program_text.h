@@ -6,6 +6,9 @@
 
 namespace norvi {
 
+/// What every program of a language begins with.
+String PrologueOf(const ShaderLanguage& language);
+
 /// One complete compute shader. Text that stands in no file of the author, such as the prologue, has the line
 /// 0.
 ///
@@ -13,11 +16,5 @@ namespace norvi {
 /// as they were declared. All of the order is: prologue, the caller's code, defines, structs, uniforms,
 /// buffers, counters, textures, functions, group shared memory, global text, the body.
 Result<MappedText> WriteProgram(const ProgramDescription& program, const ShaderLanguage& language);
-
-/// What a compiler says of line `line` (from 1) of a program, for its author: "file(line): message" and the
-/// line as it stands there. Text of encoded files is not shown, and neither are the lines that no author
-/// wrote; the message is then all there is.
-String DescribeAtOrigin(const MappedText& program, const BaseArray<SourceFile>& files, Int line,
-                        std::string_view message);
 
 } // namespace norvi
