@@ -164,13 +164,8 @@ Result<void> ReadIncludeFile(ShaderPieces& shader, const IncludeFileEntry& entry
                              const MacroList& signatureMacros, MacroContext& context) {
     if (!files.IsFile(entry.url))
         return OK;
-    const auto file = static_cast<UInt32>(shader.sourceFiles.size());
-    const bool isEncoded = entry.text->isEncoded;
-    shader.sourceFiles.push_back(
-        {entry.url, isEncoded,
-         isEncoded ? nullptr : std::shared_ptr<const String>(entry.text, &entry.text->bytes)});
     const DecodedText decoded(entry.text->bytes);
-    IncludeFileScan scan(file, *entry.text, decoded.Get(), signatureMacros, context);
+    IncludeFileScan scan(entry.sourceFile, *entry.text, decoded.Get(), signatureMacros, context);
     if (Result<void> result = scan.Run(); !result) {
         result = AtPlace(Failure(result.TakeError()), entry.url.ToString(), scan.GetLine());
         Log(LogLevel::Error, Format("Error parsing shader @: @", entry.url, result.GetError()));

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 
+#include <norvi/host/log.h>
 #include <norvi/host/text.h>
 
 #include "text_lines.h"
@@ -29,9 +30,9 @@ UrlParts Split(const Url& url) {
             dot == String::npos ? String() : file.substr(dot + 1)};
 }
 
-/// `name` beside `url`. Written in one way, however the path winds, so that the same file has the same Url.
-Url Beside(const Url& url, std::string_view name) {
-    const String text = Split(url).directory.append(name);
+/// Written in one way, however the path winds, so that the same file has the same Url.
+Url Normalized(const Url& url) {
+    const String& text = url.ToString();
     const size_t scheme = text.find("://");
     const size_t path = scheme == String::npos ? 0 : scheme + 3;
     return text.substr(0, path) + std::filesystem::path(text.substr(path)).lexically_normal().string();
@@ -105,13 +106,13 @@ class IncludeReader::FileScan {
             if (BeginsWith(words, "//", "INCLUDE_STRUCTS_END"))
                 return OK;
             if (words[0] == "#include")
-                NORVI_TRY(Follow(Beside(url_, Without(words[1], 1, 1)), entries));
+                NORVI_TRY(Follow(Split(url_).directory.append(Without(words[1], 1, 1)), entries));
         }
         return OK;
     }
 
     Result<void> Follow(const Url& file, BaseArray<IncludeFileEntry>& entries) {
-        auto included = reader_.ReadIncludes(file);
+        auto included = reader_.Read(file, {url_.ToString(), lines_.GetFileLine()});
         if (!included)
             return AtPlace(Failure(included.TakeError()), url_.ToString(), lines_.GetFileLine());
         std::move(included->begin(), included->end(), std::back_inserter(entries));
@@ -144,20 +145,48 @@ Result<void> IncludeReader::CountFile(const Url& url, size_t bytes) {
     return OK;
 }
 
+bool IncludeReader::IsOpen(const Url& url) const {
+    return std::any_of(openFiles_.begin(), openFiles_.end(),
+                       [&](UInt32 file) { return shader_.sourceFiles[file].url == url; });
+}
+
+UInt32 IncludeReader::AddSourceFile(const Url& url, const IncludeTextRef& text) {
+    // The pointer to the bytes keeps the whole text alive.
+    shader_.sourceFiles.push_back(
+        {url, text->isEncoded,
+         text->isEncoded ? nullptr : std::shared_ptr<const String>(text, &text->bytes)});
+    return static_cast<UInt32>(shader_.sourceFiles.size() - 1);
+}
+
+/// The reason holds the name of the file, which must not be shown if it stands in an encoded one.
+void IncludeReader::LogUnreadable(const TextPlace& from, const String& reason) const {
+    const bool isHidden = !openFiles_.empty() && shader_.sourceFiles[openFiles_.back()].isEncoded;
+    Log(LogLevel::Error, Format("@(@): a header is left out@@", from.file, from.line, isHidden ? "" : ": ",
+                                isHidden ? String() : reason));
+}
+
 Result<BaseArray<IncludeFileEntry>> IncludeReader::ReadIncludes(const Url& file) {
+    return Read(file, {file.ToString(), 1});
+}
+
+Result<BaseArray<IncludeFileEntry>> IncludeReader::Read(const Url& file, const TextPlace& from) {
     BaseArray<IncludeFileEntry> entries;
     AppendPrologue(file);
-    const Url url = GetCompanionUrl(file);
-    if (std::find(openFiles_.begin(), openFiles_.end(), url) != openFiles_.end())
-        return entries;
-    if (openFiles_.size() >= MostNested)
+    const Url url = Normalized(GetCompanionUrl(file));
+    const bool isCircle = IsOpen(url);
+    if (!isCircle && openFiles_.size() >= MostNested)
         return IllegalStateError(
             Format("includes are nested more than @ deep at @", UInt64{MostNested}, url));
-    const IncludeTextRef text = sources_.includeTextCache.Get(url, sources_.files);
+    const IncludeTextRef text = isCircle ? nullptr : sources_.includeTextCache.Get(url, sources_.files);
     NORVI_TRY(CountFile(url, text ? text->bytes.size() : 0));
     if (!text)
         return entries;
-    openFiles_.push_back(url);
+    if (!text->error.empty()) {
+        LogUnreadable(from, text->error);
+        return entries;
+    }
+    const UInt32 sourceFile = AddSourceFile(url, text);
+    openFiles_.push_back(sourceFile);
     const DecodedText decoded(text->bytes);
     auto isNew = FileScan(*this, url, decoded.Get()).Run(entries);
     openFiles_.pop_back();
@@ -165,7 +194,7 @@ Result<BaseArray<IncludeFileEntry>> IncludeReader::ReadIncludes(const Url& file)
     if (!isFirst)
         entries.clear();
     else
-        entries.push_back({url, text});
+        entries.push_back({url, text, sourceFile});
     return entries;
 }
 

@@ -21,11 +21,13 @@ std::string_view From(const String& line, size_t position) {
     return std::string_view(line).substr(std::min(position, line.size()));
 }
 
-String Join(const Words& parts, std::string_view separator) {
-    String text(parts.front());
-    for (size_t i = 1; i < parts.size(); ++i)
-        text.append(separator).append(parts[i]);
-    return text;
+String ReplaceEach(std::string_view text, std::string_view old, std::string_view replacement) {
+    String result;
+    for (size_t found = text.find(old); found != text.npos; found = text.find(old)) {
+        result.append(text.substr(0, found)).append(replacement);
+        text.remove_prefix(found + old.size());
+    }
+    return result.append(text);
 }
 
 } // namespace
@@ -135,7 +137,7 @@ Result<void> RewriteFramebufferTexel(const MacroEntry& entry, String& line, size
         return IllegalStateError(
             "GetFramebufferTexel function needs two parameters or three with the last being InSampleID");
     if (hasSample == isMultisampled) {
-        line = Join(SplitAt(line, entry.key), call);
+        line = ReplaceEach(line, entry.key, call);
         return OK;
     }
     String text = String(Before(line, position)).append(call);

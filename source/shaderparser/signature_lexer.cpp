@@ -4,13 +4,11 @@
 
 #include <norvi/host/text.h>
 
+#include "text_lines.h"
+
 namespace norvi {
 
 namespace {
-
-bool IsSpace(char c) {
-    return c == ' ' || (c >= '\t' && c <= '\r');
-}
 
 bool IsDigit(char c) {
     return c >= '0' && c <= '9';

@@ -14,9 +14,12 @@ namespace norvi {
 
 namespace {
 
+/// The path of a Url; none, which is no file's, for one that the system would take for a shorter one.
 String PathOf(const Url& url) {
     static constexpr std::string_view scheme = "file://";
     const String& text = url.ToString();
+    if (text.find('\0') != String::npos)
+        return {};
     return text.starts_with(scheme) ? text.substr(scheme.size()) : text;
 }
 
@@ -40,9 +43,13 @@ class OpenFile {
 
 IncludeTextRef ReadInclude(const Url& url, SourceFiles& files) {
     auto bytes = files.Read(url);
-    if (!bytes)
+    if (!bytes && !files.IsFile(url))
         return nullptr;
     auto text = std::make_shared<IncludeText>();
+    if (!bytes) {
+        text->error = bytes.GetError().GetMessage();
+        return text;
+    }
     text->isEncoded = HasEncodedMagic(*bytes);
     text->bytes = std::move(*bytes);
     // What cannot be decoded is taken as it stands.

@@ -34,6 +34,7 @@ class DiskFiles final : public SourceFiles {
 struct IncludeText {
     String bytes;
     bool isEncoded = false; ///< the file was
+    String error;           ///< why a file that is there cannot be read; it counts as empty then
 };
 
 using IncludeTextRef = std::shared_ptr<const IncludeText>;
@@ -42,7 +43,7 @@ using IncludeTextRef = std::shared_ptr<const IncludeText>;
 /// could not be read stays missing, and a file that changes later is not read again.
 class IncludeTextCache {
   public:
-    /// The text of `url`, or null if it cannot be read. Threads that ask at once wait for one read.
+    /// The text of `url`, or null if there is no such file. Threads that ask at once wait for one read.
     IncludeTextRef Get(const Url& url, SourceFiles& files);
 
   private:

@@ -7,10 +7,6 @@ namespace norvi {
 
 namespace {
 
-constexpr bool IsSpace(char c) {
-    return c == ' ' || (c >= '\t' && c <= '\r');
-}
-
 /// Length of the UTF-8 character that `text` starts with; 0 if it starts with none. Overlong forms,
 /// surrogates and numbers above U+10FFFF are no characters.
 size_t CharacterLength(std::string_view text) {
@@ -67,11 +63,10 @@ std::string_view Trim(std::string_view text) {
 
 Words SplitAt(std::string_view text, std::string_view separator) {
     Words parts;
-    for (size_t found = text.find(separator); found != text.npos; found = text.find(separator)) {
-        parts.push_back(text.substr(0, found));
+    for (size_t found = text.find(separator); found != text.npos && parts.Append(text.substr(0, found));
+         found = text.find(separator))
         text.remove_prefix(found + separator.size());
-    }
-    parts.push_back(text);
+    parts.Append(text);
     return parts;
 }
 

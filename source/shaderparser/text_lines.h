@@ -1,16 +1,44 @@
 // Words and lines of source text.
 #pragma once
 
+#include <array>
+
 #include <norvi/host/types.h>
 
 namespace norvi {
 
-using Words = BaseArray<std::string_view>;
+constexpr bool IsSpace(char c) {
+    return c == ' ' || (c >= '\t' && c <= '\r');
+}
+
+/// The first parts of a text. No rule looks at more of them, and a hostile line has millions.
+class Words {
+  public:
+    static constexpr size_t Most = 6;
+
+    /// False, without effect, if there are `Most` already.
+    bool Append(std::string_view word) {
+        if (count_ == Most)
+            return false;
+        words_[count_++] = word;
+        return true;
+    }
+    /// `Most` also stands for any larger number.
+    size_t size() const { return count_; }
+    const std::string_view& operator[](size_t index) const { return words_[index]; }
+    const std::string_view* begin() const { return words_.data(); }
+    const std::string_view* end() const { return words_.data() + count_; }
+
+  private:
+    std::array<std::string_view, Most> words_;
+    size_t count_ = 0;
+};
 
 /// Without blanks, tabs, carriage returns and other ASCII white space at both ends.
 std::string_view Trim(std::string_view text);
 
-/// The parts between the separators: one more than there are separators, and empty where two of them touch.
+/// The first parts between the separators: one more than there are separators, and empty where two of them
+/// touch.
 Words SplitAt(std::string_view text, std::string_view separator);
 
 /// Splits at each single blank; two blanks give an empty word.

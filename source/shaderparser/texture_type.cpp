@@ -23,14 +23,14 @@ constexpr std::string_view channelIds[] = {"dynamic.red", "dynamic.redgreen", "r
 constexpr UInt32 textureKinds[] = {1, 6, 10};
 
 struct PixelFormatRow {
-    size_t channelCount;
-    std::string_view format;
+    UInt32 channelCount;
+    const ChannelFormat* format;
     DataType::Description description;
 };
 
 BaseArray<PixelFormatRow> MakePixelFormats() {
     BaseArray<PixelFormatRow> rows;
-    for (size_t channels = 1; channels <= std::size(channelIds); ++channels)
+    for (UInt32 channels = 1; channels <= std::size(channelIds); ++channels)
         for (const ChannelFormat& format : channelFormats) {
             DataType::Description description;
             description.name =
@@ -38,8 +38,13 @@ BaseArray<PixelFormatRow> MakePixelFormats() {
             description.size = static_cast<Int>(channels) * format.size;
             description.alignment = format.size;
             description.isTrivial = true;
-            rows.push_back({channels, format.name, std::move(description)});
+            rows.push_back({channels, &format, std::move(description)});
         }
+    return rows;
+}
+
+const BaseArray<PixelFormatRow>& GetPixelFormats() {
+    static const BaseArray<PixelFormatRow> rows = MakePixelFormats();
     return rows;
 }
 
@@ -57,16 +62,22 @@ UInt32 ReadDimension(std::string_view text) {
 } // namespace
 
 DataType GetPixelFormat(size_t channelCount, std::string_view format) {
-    static const BaseArray<PixelFormatRow> rows = MakePixelFormats();
-    for (const PixelFormatRow& row : rows)
-        if (row.channelCount == channelCount && row.format == format)
+    for (const PixelFormatRow& row : GetPixelFormats())
+        if (row.channelCount == channelCount && row.format->name == format)
             return DataType(&row.description);
+    return {};
+}
+
+PixelFormatParts GetPixelFormatParts(const DataType& pixelFormat) {
+    for (const PixelFormatRow& row : GetPixelFormats())
+        if (pixelFormat == DataType(&row.description))
+            return {row.channelCount, row.format->id};
     return {};
 }
 
 Result<std::optional<KernelTextureEntry>> ReadTextureType(std::string_view typeName) {
     const Words parts = SplitAt(typeName, "_");
-    if (parts.size() != 5)
+    if (parts.size() != 5 || parts[0] != "TextureSampler")
         return std::optional<KernelTextureEntry>();
     KernelTextureEntry texture;
     texture.pixelFormat = GetPixelFormat(parts[2].size(), parts[3]);

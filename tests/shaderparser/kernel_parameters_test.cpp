@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "host/log_recorder.h"
+#include "shaderparser/texture_type.h"
 #include "shaderparser/type_names.h"
 #include "support/results.h"
 
@@ -66,6 +67,7 @@ TEST(KernelParameters, ReadsKernelInputsLines) {
          "10|net.norvi.image.pixelformat.dynamic.redgreens32|t|0|1"},
         {"(TextureSampler_2D_XYZ_F16_POINT) t", "6|net.norvi.image.pixelformat.rgb.f16|t|0|0"},
         {"(TextureSampler_2D_RGBA_F32) t", ""},
+        {"(MyTextureSampler_2D_R_F32_POINT) t", ""},
         {"(TextureSampler_4D_R_F32_POINT) t", ""},
         {"(TextureSampler_0D_R_F32_POINT) t", ""},
         {"(TextureSampler_2D_R_F32_CUBIC) t", ""},
@@ -128,6 +130,20 @@ TEST(KernelParameters, WarnsOfTooManyBuffersAndWritableTextures) {
             "fail."}));
     EXPECT_EQ(reader.shader.bufferCount, 31);
     EXPECT_EQ(reader.shader.uavTextureCount, 9);
+}
+
+TEST(TextureType, PixelFormatsComeApart) {
+    int count = 0;
+    for (const char* format : {"F32", "F16", "U8", "U16", "U32", "S32"})
+        for (size_t channels = 1; channels <= 4; ++channels, ++count) {
+            const PixelFormatParts parts = GetPixelFormatParts(GetPixelFormat(channels, format));
+            EXPECT_EQ(parts.channelCount, channels);
+            String lower(format);
+            lower[0] = static_cast<char>(lower[0] + 32);
+            EXPECT_EQ(parts.format, lower);
+        }
+    EXPECT_EQ(count, 24);
+    EXPECT_EQ(GetPixelFormatParts(DataType::Of<Float32>()).channelCount, 0u);
 }
 
 TEST(TypeNames, MapBothWays) {

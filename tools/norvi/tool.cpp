@@ -11,9 +11,11 @@
 
 #include "norvi/argument_text.h"
 #include "norvi/demo_command.h"
+#include "norvi/encode_command.h"
 #include "norvi/gallery_command.h"
 #include "norvi/info_command.h"
 #include "norvi/run_command.h"
+#include "norvi/translate_command.h"
 
 namespace norvi {
 
@@ -27,6 +29,9 @@ constexpr void (*addCommands[])(CLI::App& app, CommandContext& context) = {
     &AddInfoCommand,
     &AddDemoCommand,
     &AddGalleryCommand,
+    &AddTranslateCommand,
+    &AddEncodeCommand,
+    &AddDecodeCommand,
 };
 
 struct CommonOptions {
