@@ -38,8 +38,8 @@ double TakeSample(const Contender& contender, int repetitions, double idleSecond
         std::this_thread::sleep_for(std::chrono::duration<double>(idleSeconds));
     } else {
         std::this_thread::sleep_for(PauseBetweenContenders);
-        if (const int warmUps = repetitions / 4; warmUps > 0)
-            SecondsOf(contender.run, warmUps);
+        SecondsOf(contender.run,
+                  std::max(repetitions / 4, 1)); // others have driven the data out of the caches
     }
     return SecondsOf(contender.run, repetitions);
 }

@@ -23,7 +23,7 @@ struct Measurement {
 struct Settings {
     int rounds = 11;
     double secondsPerSample = 0.02; ///< a contender is repeated until a sample lasts so long
-    double idleSeconds = 0;          ///< pause before each run, which is then timed by itself
+    double idleSeconds = 0;         ///< pause before each run, which is then timed by itself
 };
 
 /// Runs all contenders in turn, round after round, so that a machine that changes its speed does so for all

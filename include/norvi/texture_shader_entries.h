@@ -42,6 +42,8 @@ struct DataBufferEntry : IncomparableEntry<DataBufferEntry> {
     /// Leaves `other` without references; numbers and id stay.
     DataBufferEntry(DataBufferEntry&& other) noexcept : DataBufferEntry() { *this = std::move(other); }
     DataBufferEntry& operator=(DataBufferEntry&& other) noexcept {
+        if (this == &other)
+            return *this;
         handle = other.handle;
         buffer = std::exchange(other.buffer, nullptr);
         backingStore = std::exchange(other.backingStore, nullptr);

@@ -13,8 +13,7 @@ class Sampler {
   public:
     /// One texel at integer coordinates. (A TextureFunction.)
     static void* Load(void* result, const void* coordinates, Int32 layer, const SamplingData* data) {
-        Int32 position[Dims];
-        std::memcpy(position, coordinates, sizeof(position));
+        const auto* position = static_cast<const Int32*>(coordinates);
         UInt32 texel[Dims];
         for (int axis = 0; axis < Dims; ++axis) {
             const UInt32 extent = GetExtent(*data, axis), wrap = data->_flags.GetWrap(axis);
@@ -30,8 +29,7 @@ class Sampler {
 
     /// One sample at float coordinates. (A TextureFunction.)
     static void* Sample(void* result, const void* coordinates, Int32 layer, const SamplingData* data) {
-        Float32 position[Dims];
-        std::memcpy(position, coordinates, sizeof(position));
+        const auto* position = static_cast<const Float32*>(coordinates);
         if (!data->_flags.IsLinear()) [[unlikely]]
             return SampleNearest(result, position, layer, data);
 
@@ -79,12 +77,21 @@ class Sampler {
         return Output::Write(result, Combine(taps, inside.GetFractions()));
     }
 
+    static bool HasRepetition(PackedTextureFlags flags) {
+        bool has = false;
+        for (int axis = 0; axis < Dims; ++axis)
+            has |= flags.GetWrap(axis) == WRAP_REPEAT;
+        return has;
+    }
+
     [[gnu::noinline]] static void* SampleOutside(void* result, const Float32* coordinates, Int32 layer,
                                                  const SamplingData* data) {
         InsideTaps<Dims> inside(coordinates, *data);
-        inside.Repeat(*data);
-        if (inside.AreAll(layer))
-            return FilterInside(result, inside, data);
+        if (HasRepetition(data->_flags)) {
+            inside.Repeat(*data);
+            if (inside.AreAll(layer))
+                return FilterInside(result, inside, data);
+        }
         return FilterWrapped(result, coordinates, layer, data);
     }
 

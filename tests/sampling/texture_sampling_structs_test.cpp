@@ -189,9 +189,12 @@ TEST(ShaderDataEntries, BufferEntryShowsAndMovesItsReferences) {
     entry.id = "cells";
     const String address = ToText(reinterpret_cast<UInt64>(entry.buffer.get()));
     const String text = Format("(5,@,@,8,3,float32,cells)", address, address);
-    const DataBufferEntry copy = entry;
+    DataBufferEntry copy = entry;
     EXPECT_EQ(copy.ToString(), text);
     EXPECT_EQ(copy.buffer.use_count(), 4);
+    DataBufferEntry& itself = copy;
+    copy = std::move(itself);
+    EXPECT_EQ(copy.ToString(), text);
     const DataBufferEntry moved = std::move(entry);
     EXPECT_EQ(moved.ToString(), text);
     EXPECT_EQ(entry.ToString(), "(5,nullptr,nullptr,8,3,nullptr,cells)");

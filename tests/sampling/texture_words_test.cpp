@@ -99,6 +99,16 @@ TEST(TextureWords, StoreWritesOneTexelInside) {
     EXPECT_EQ(LoadTexture(u8.object, 0).x, 0xFEu);
 }
 
+template <typename Declared>
+concept CanStore = requires(Declared& texture) {
+    StoreTexel<Declared>(texture, ivec2(0), vec4(0.0f));
+};
+
+TEST(TextureWords, OnlyTexturesDeclaredWithoutConstAreStoredTo) {
+    EXPECT_TRUE(CanStore<TextureSampler_2D_RGBA_F32_LINEAR>);
+    EXPECT_FALSE(CanStore<const TextureSampler_2D_RGBA_F32_LINEAR>);
+}
+
 TEST(TextureWords, SizeHasTheDimensions) {
     EXPECT_EQ(GetTextureSize(Bound<TextureSampler_1D_R_U8_POINT>({4, 1, 1}).object), 4);
     EXPECT_EQ(GetTextureSize(Bound<TextureSampler_2D_R_F32_POINT>({4, 3, 1}).object), ivec2(4, 3));
@@ -117,7 +127,7 @@ TEST(TextureWords, RunIsTheSamples) {
 }
 
 TEST(TextureWords, WithoutATextureAllIsZero) {
-    const TextureSampler_2D_RGBA_F32_LINEAR none;
+    TextureSampler_2D_RGBA_F32_LINEAR none;
     EXPECT_EQ(SampleTexture(none, vec2(0.5f)), vec4(0.0f));
     EXPECT_EQ(LoadTexture(none, ivec2(0)), vec4(0.0f));
     EXPECT_EQ(GetTextureSize(none), ivec2(0));

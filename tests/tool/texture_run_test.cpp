@@ -48,7 +48,7 @@ TEST(TextureRun, PicturesReachKernelsAndStoresReachFiles) {
         Row alpha;
     } cases[] = {
         // Samples fall on the middles of texels; grey without alpha is opaque.
-        {"normalized", "zoom=1", {0, 0, 1, 1}, {1, 1, 1, 1}},
+        {"normalized,filter=linear", "zoom=1", {0, 0, 1, 1}, {1, 1, 1, 1}},
         // Samples are taken a whole picture apart, all of them above it and two beside it.
         {"normalized,wrap=clamp", "zoom=0.25", {0, 0, 1, 1}, {1, 1, 1, 1}},
         {"normalized,wrap=border", "zoom=0.25", {0, 0, 0, 0}, {0, 0, 0, 0}},
@@ -113,6 +113,9 @@ TEST(TextureRun, ArgumentsThatDoNotSuitTheKernelGiveErrors) {
          "picture=PICTURE or --texture picture=WxH"},
         {{"picture=" + missing, "result=4x4"},
          Format("--texture 'picture=@': cannot read picture \"@\": there is no such file", missing, missing)},
+        {{"picture=" + halves, "result=4x4:filter=point"},
+         "--texture 'result=4x4:filter=point': the filter is point, but the parameter is of type texture "
+         "2D_RGBA_F32_LINEAR"},
         {{"picture=" + halves, "result=4"}, "--texture 'result=4': " + extents + "4"},
         {{"picture=" + halves, "result=1x4"}, "--texture 'result=1x4': " + extents + "1x4"},
         {{"picture=" + halves, "result=4x4x4"}, "--texture 'result=4x4x4': " + extents + "4x4x4"},

@@ -1,4 +1,4 @@
-// norvi gallery: pictures of all noises.
+// norvi gallery: pictures of all noises, and of what the settings of a texture do.
 #pragma once
 
 #include "norvi/command.h"

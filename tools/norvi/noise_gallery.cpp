@@ -1,13 +1,9 @@
 #include "noise_gallery.h"
 
-#include <algorithm>
-#include <cerrno>
-#include <filesystem>
-#include <fstream>
-
 #include <norvi/host/noise.h>
 #include <norvi/host/registry.h>
 
+#include "gallery_page.h"
 #include "picture.h"
 
 namespace norvi {
@@ -52,32 +48,17 @@ String ModesOf(const NoiseInfo& info) {
 }
 
 String Row(const NoiseInfo& info) {
-    return Format(
-        "<tr><td><img src=\"@.png\" alt=\"@\"></td><td><b>@</b><br>mode @<br>@ to @, @<br>@</td></tr>\n",
-        NameOf(info), NameOf(info), info.id, ModesOf(info), info.minimum, info.maximum,
-        info.isContinuous ? "continuous" : "with jumps", info.description);
-}
-
-Result<void> WritePage(const String& path, const String& rows) {
-    std::ofstream page(path);
-    page << "<!DOCTYPE html>\n<html lang=\"en\"><head><meta "
-            "charset=\"utf-8\"><title>Noises</title></head><body>\n<table>\n"
-         << rows << "</table>\n</body></html>\n";
-    page.close();
-    return page ? Result<void>() : SystemError(Format("cannot write '@'", path), errno);
+    return GalleryRow(NameOf(info),
+                      Format("<b>@</b><br>mode @<br>@ to @, @<br>@", info.id, ModesOf(info), info.minimum,
+                             info.maximum, info.isContinuous ? "continuous" : "with jumps",
+                             info.description));
 }
 
 } // namespace
 
 Result<void> WriteNoiseGallery(const String& directory, Int32 size) noexcept {
     return CatchOutOfMemory([&]() -> Result<void> {
-        if (size < 1 || size > 4096)
-            return IllegalArgumentError(Format("the picture size is @, not 1 to 4096", size));
-        const std::filesystem::path folder = directory;
-        std::error_code code;
-        std::filesystem::create_directories(folder, code);
-        if (code)
-            return SystemError(Format("cannot make the directory '@'", directory), code.value());
+        NORVI_TRY_VALUE(folder, PrepareGallery(directory, size));
         String rows;
         for (UInt32 mode = 0; mode < NoiseModeCount; ++mode) {
             const NoiseInfo& info = *FindNoiseInfo(NoiseClassIdOfMode(mode));
@@ -87,7 +68,7 @@ Result<void> WriteNoiseGallery(const String& directory, Int32 size) noexcept {
             NORVI_TRY(WritePicture((folder / (NameOf(info) + ".png")).string(), picture));
             rows += Row(info);
         }
-        return WritePage((folder / "index.html").string(), rows);
+        return WriteGalleryPage(folder, "Noises", rows);
     });
 }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numbers>
 
 #include <fmt/format.h>
 
@@ -16,7 +17,6 @@ constexpr Float32 SeedRoughness = 1.2f;
 constexpr Float32 SeedNoiseScale = 1.0f / 24;
 constexpr Float32 LiveThreshold = 0.1f;
 constexpr Int PaletteSize = 64;
-constexpr Float32 Pi = 3.14159265f;
 
 struct ColorStop {
     Float32 place;
@@ -68,8 +68,9 @@ Picture SpiralPicture(Int width, Int height) {
             const Float32 right = (2 * static_cast<Float32>(x) + 1 - static_cast<Float32>(width)) / side;
             const Float32 down = (2 * static_cast<Float32>(y) + 1 - static_cast<Float32>(height)) / side;
             const Float32 radius = std::hypot(right, down);
-            const Float32 turns = std::log(radius + 0.05f) * 1.1f + std::atan2(down, right) / (2 * Pi) * 2;
-            const Float32 arms = 0.5f + 0.5f * std::cos(2 * Pi * turns);
+            const Float32 turns =
+                std::log(radius + 0.05f) * 1.1f + std::atan2(down, right) / std::numbers::pi_v<Float32>;
+            const Float32 arms = 0.5f + 0.5f * std::cos(2 * std::numbers::pi_v<Float32> * turns);
             const Float32 fade = std::clamp(1.15f - radius, 0.0f, 1.0f);
             picture.pixels.push_back(
                 std::max(arms * std::min(1.0f, 2 * fade), std::exp(-radius * radius * 30)));

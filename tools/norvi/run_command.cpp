@@ -20,7 +20,7 @@ constexpr ListOption listOptions[] = {
      "FILE.npy, or a picture with :rgb or :luminance behind it if need be"},
     {"--texture", "NAME=SOURCE", &RunOptions::textures,
      "A texture: a picture, or WxH for zeros; behind it may stand "
-     ":wrap=repeat|clamp|border|none,normalized,srgb"},
+     ":wrap=repeat|clamp|border|none,filter=point|linear,normalized,srgb"},
     {"--bind", "PARAMETER=BUFFER", &RunOptions::bindings, "Binds a buffer of another name to a parameter"},
     {"--fill", "NAME=VALUE", &RunOptions::fills, "Fills a buffer with a value (V or V,V,... for vectors)"},
     {"--ramp", "NAME=FROM:TO", &RunOptions::ramps, "Fills a buffer with evenly spaced values"},

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numbers>
 
 #include "norvi/argument_text.h"
 #include "norvi/smoke_source.h"
@@ -21,7 +22,6 @@ constexpr Float32 MaxSpeed = 3;
 constexpr Vector32 Background{0.016f, 0.018f, 0.026f};
 /// For a density that changes by 1 in so many heights; the same edges are lit alike on each grid.
 constexpr Float32 EdgeLight = 1.0f / 500;
-constexpr Float32 Pi = 3.14159265f;
 
 /// The textures, all of the grid's size.
 struct Field {
@@ -49,7 +49,8 @@ TextureBindData DescribeField(const Field& field, const GridSize& size) {
 /// never grow: they are left to the steps that follow. For a larger radius all waves would be reduced alike,
 /// and little: the short ones that remain tear the smoke.
 BaseArray<Float32> ChebyshevWeights(Int count) {
-    const Float32 radius = std::max(0.0f, std::cos(2 * Pi / static_cast<Float32>(count)));
+    const Float32 radius =
+        std::max(0.0f, std::cos(2 * std::numbers::pi_v<Float32> / static_cast<Float32>(count)));
     BaseArray<Float32> weights{1.0f};
     for (Int i = 1; i < count; ++i)
         weights.push_back(1 / (1 - radius * radius * weights.back() / (i == 1 ? 2 : 4)));

@@ -18,6 +18,8 @@ constexpr TextureOption textureOptions[] = {
     {"wrap=clamp", [](TextureArgument& texture) { texture.wrap = WRAP_CLAMP; }},
     {"wrap=border", [](TextureArgument& texture) { texture.wrap = WRAP_BORDER; }},
     {"wrap=none", [](TextureArgument& texture) { texture.wrap = WRAP_NONE; }},
+    {"filter=point", [](TextureArgument& texture) { texture.isLinear = false; }},
+    {"filter=linear", [](TextureArgument& texture) { texture.isLinear = true; }},
     {"normalized", [](TextureArgument& texture) { texture.isNormalized = true; }},
     {"srgb", [](TextureArgument& texture) { texture.isSrgb = true; }},
 };

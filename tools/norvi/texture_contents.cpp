@@ -42,6 +42,13 @@ Result<void> CheckExtents(const TextureKind& kind, BaseArray<Int> extents) {
     return OK;
 }
 
+Result<void> CheckFilter(const TextureKind& kind, std::optional<Bool> isLinear) {
+    if (isLinear && *isLinear != kind.isLinear)
+        return IllegalArgumentError(Format("the filter is @, but the parameter is of type texture @",
+                                           *isLinear ? "linear" : "point", kind.name));
+    return OK;
+}
+
 TextureBindData Describe(const PlannedTexture& texture, BaseArray<Int> extents) {
     const TextureArgument& argument = texture.argument;
     TextureBindData description;
@@ -83,6 +90,7 @@ BaseArray<UChar> TexelsOf(const Picture& picture, const TextureKind& kind) {
 }
 
 Result<TextureContents> Load(const PlannedTexture& texture) {
+    NORVI_TRY(CheckFilter(*texture.kind, texture.argument.isLinear));
     TextureContents contents;
     BaseArray<Int> extents = texture.argument.extents;
     if (!texture.argument.file.empty()) {

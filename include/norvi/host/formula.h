@@ -172,8 +172,7 @@ class FormulaParser {
     /// that the statements need for themselves begin with "formulaStep" and are declared in a block of their
     /// own.
     /// @param text receives the statements, without a line break behind the last one; untouched on failure,
-    /// which
-    ///        only a lack of memory is.
+    ///        which only a lack of memory is.
     Result<void> GenerateShaderCode(const FormulaParserCache& cache, const String& resultName,
                                     String& text) const;
 

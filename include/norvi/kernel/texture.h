@@ -66,15 +66,29 @@ using StoredOf = typename ChannelOf<T::Format>::Stored;
 template <TextureObject T>
 using TexelOf = typename ChannelOf<T::Format>::Texel;
 
+// Here and in the functions of textures positions and texels go component by component: the processor cannot
+// read what two writes have left side by side before both are done.
+
+template <int Dims, typename Position, typename Number>
+void CopyPosition(const Position& position, Number* coordinates) {
+    if constexpr (Dims == 1)
+        coordinates[0] = position;
+    else
+        for (int axis = 0; axis < Dims; ++axis)
+            coordinates[axis] = position.components[axis];
+}
+
 /// Calls a function of the texture. Places are wide enough for every texture that there is.
 template <typename T, typename Number, typename Position>
 TexelOf<T> ReadTexture(const T& object, TextureFunction function, const Position& position, int layer) {
-    static_assert(sizeof(Position) == T::Dimensions * sizeof(Number));
     Number coordinates[3]{};
-    std::memcpy(coordinates, &position, sizeof(position));
+    CopyPosition<T::Dimensions>(position, coordinates);
     alignas(16) StoredOf<T> result[16 / sizeof(StoredOf<T>)]{};
     function(result, coordinates, layer, &object.texture->samplingData);
-    return TexelOf<T>(result[0], result[1], result[2], result[3]);
+    TexelOf<T> texel(0);
+    for (int i = 0; i < T::Channels; ++i)
+        texel.components[i] = result[i];
+    return texel;
 }
 
 template <typename T>
@@ -83,6 +97,9 @@ bool HoldsTexelsOf(const SamplingData& data) {
     return data._numChannels == T::Channels &&
            (data._format == T::Format || (isFloat && data._format == TextureFormat::F16));
 }
+
+template <typename T>
+concept DeclaredWithoutConst = !std::is_const_v<T>;
 
 inline int ExtentOf(const SamplingData& data, int axis) {
     return static_cast<int>(axis == 0 ? data._width : axis == 1 ? data._height : data._depth);
@@ -112,14 +129,18 @@ detail::TexelOf<T> LoadTexture(const T& object, const detail::TexelPosition<T>& 
 /// Writes the texel at `position` of the first slice; positions outside the texture are ignored. Components
 /// that the texture does not have are dropped, and integers keep the low bits that fit the format. Two
 /// invocations must not write one texel, and none may read what another one writes in the same dispatch.
-template <detail::TextureObject T>
-void StoreTexture(const T& object, const detail::TexelPosition<T>& position,
-                  const detail::TexelOf<T>& value) {
+///
+/// A macro, because the body of a kernel sees all its parameters as const: whether one may be written is in
+/// its declaration.
+#define StoreTexture(texture, ...) norvi::kernel::StoreTexel<decltype(texture)>(texture, __VA_ARGS__)
+
+template <detail::DeclaredWithoutConst Declared, detail::TextureObject T>
+void StoreTexel(const T& object, const detail::TexelPosition<T>& position, const detail::TexelOf<T>& value) {
     if (!object.texture || !detail::HoldsTexelsOf<T>(object.texture->samplingData)) [[unlikely]]
         return;
     const SamplingData& data = object.texture->samplingData;
     int coordinates[T::Dimensions];
-    std::memcpy(coordinates, &position, sizeof(coordinates));
+    detail::CopyPosition<T::Dimensions>(position, coordinates);
     uint index = 0;
     for (int axis = T::Dimensions - 1; axis >= 0; --axis) {
         const int extent = detail::ExtentOf(data, axis);

@@ -106,11 +106,17 @@ String ColorConfig::DescribeContent(const OCIO::ColorSpace& space) const {
 Result<ColorConfig::Ref> CurrentColorConfig() noexcept {
     return CatchOutOfMemory([]() -> Result<ColorConfig::Ref> {
         Current& current = GetCurrent();
-        const std::lock_guard lock(current.mutex);
-        if (!current.config) {
-            NORVI_TRY_VALUE(config, ReadDefault());
-            current.config = config;
+        {
+            const std::lock_guard lock(current.mutex);
+            if (current.config)
+                return current.config;
         }
+        // Outside of the lock, since reading logs and a listener may ask for colours. Of several readers the
+        // first one's configuration stays.
+        NORVI_TRY_VALUE(config, ReadDefault());
+        const std::lock_guard lock(current.mutex);
+        if (!current.config)
+            current.config = config;
         return current.config;
     });
 }
