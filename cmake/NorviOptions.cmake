@@ -23,8 +23,10 @@ else()
 endif()
 
 # Reading headers is most of the work of a build, so each run of the compiler takes several source files.
-set(CMAKE_UNITY_BUILD ON CACHE BOOL "Compile several source files at a time")
-set(CMAKE_UNITY_BUILD_BATCH_SIZE 12 CACHE STRING "How many")
+if(PROJECT_IS_TOP_LEVEL)
+  set(CMAKE_UNITY_BUILD ON CACHE BOOL "Compile several source files at a time")
+  set(CMAKE_UNITY_BUILD_BATCH_SIZE 12 CACHE STRING "How many")
+endif()
 
 set(CMAKE_CXX_EXTENSIONS OFF)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)

@@ -44,8 +44,9 @@ struct FormulaProgram {
 };
 
 /// Each variable can be loaded as a number and as bits. Each level of nesting holds at most two operands back
-/// while it reads the next one; the rest is for that one and for the result.
-inline constexpr Int MaxSlots = 2 * FormulaParser::MaxVariables + 2 * FormulaParser::MaxNesting + 4;
+/// while it reads the next one; the rest is for that one, for the result, and in the batch form for the cell
+/// of "value".
+inline constexpr Int MaxSlots = 2 * FormulaParser::MaxVariables + 2 * FormulaParser::MaxNesting + 5;
 
 /// A larger block would not make the cost of starting an instruction noticeably smaller; below the smaller
 /// size that cost would exceed the arithmetic's.
