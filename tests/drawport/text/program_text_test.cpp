@@ -102,7 +102,7 @@ TEST(ProgramText, MessagesAreShownAtTheAuthorsLines) {
          "k_header(6): 'wrong' : undeclared identifier\n  wrong = 1;"},
         {"\nstruct S\n{\n  int a;\n  wrong b;\n};", "FP_KERNEL(K)\nFP_KERNEL_END", "k_header(5): "},
         {encoded->c_str(), "FP_KERNEL(K)\nFP_KERNEL_END",
-         "k_header(3): 'secretWord' : undeclared identifier"},
+         "k_header(3): an error in encoded text, of which nothing is shown"},
     };
     for (const auto& test : cases) {
         SCOPED_TRACE(test.expected);
@@ -122,10 +122,10 @@ TEST(ProgramText, MessagesAreShownAtTheAuthorsLines) {
                 line.starts_with("ERROR: ") && mark != String::npos) {
                 const size_t colon = line.find(": ", mark);
                 shown = DescribeForAuthor(*program, parser.GetSourceFiles(), std::stoi(line.substr(mark + 6)),
-                                         Trim(line.substr(colon + 2)));
+                                          Trim(line.substr(colon + 2)));
             }
         EXPECT_TRUE(shown.starts_with(test.expected)) << shown << "\n" << program->text;
-        EXPECT_EQ(shown.find("secretWord;"), String::npos) << shown;
+        EXPECT_EQ(shown.find("secretWord"), String::npos) << shown;
     }
 }
 
