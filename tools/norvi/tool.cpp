@@ -25,13 +25,8 @@ constexpr int UsageStatus = 2;
 constexpr Int MostWorkers = 1024;
 
 constexpr void (*addCommands[])(CLI::App& app, CommandContext& context) = {
-    &AddRunCommand,
-    &AddInfoCommand,
-    &AddDemoCommand,
-    &AddGalleryCommand,
-    &AddTranslateCommand,
-    &AddEncodeCommand,
-    &AddDecodeCommand,
+    &AddRunCommand,       &AddInfoCommand,   &AddDemoCommand,   &AddGalleryCommand,
+    &AddTranslateCommand, &AddEncodeCommand, &AddDecodeCommand,
 };
 
 struct CommonOptions {
