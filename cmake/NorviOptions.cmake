@@ -16,7 +16,7 @@ if(NOT NORVI_SANITIZE)
   target_compile_options(norvi_options INTERFACE -Werror)
 else()
   # The code that sanitizers insert misleads the compiler's analysis.
-  target_compile_options(norvi_options INTERFACE -Wno-maybe-uninitialized -Wno-tsan)
+  target_compile_options(norvi_options INTERFACE $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized -Wno-tsan>)
   # Recovering from undefined behaviour would let a test pass that met it.
   add_compile_options(-fsanitize=${NORVI_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
   add_link_options(-fsanitize=${NORVI_SANITIZE})
