@@ -141,7 +141,7 @@ Result<void> IncludeReader::CountFile(const Url& url, size_t bytes) {
     byteCount_ += bytes;
     if (++fileCount_ > MostFiles || byteCount_ > SourceFiles::MostBytes)
         return IllegalStateError(Format("too many or too large includes: @ files of @ bytes with @",
-                                        UInt64{fileCount_}, UInt64{byteCount_}, url));
+                                        UInt64{fileCount_}, UInt64{byteCount_}, Shown(url)));
     return OK;
 }
 
@@ -158,11 +158,19 @@ UInt32 IncludeReader::AddSourceFile(const Url& url, const IncludeTextRef& text) 
     return static_cast<UInt32>(shader_.sourceFiles.size() - 1);
 }
 
-/// The reason holds the name of the file, which must not be shown if it stands in an encoded one.
+bool IncludeReader::IsEncodedFileOpen() const {
+    return !openFiles_.empty() && shader_.sourceFiles[openFiles_.back()].isEncoded;
+}
+
+/// The name of an included file, which must not be shown if it stands in an encoded one.
+String IncludeReader::Shown(const Url& url) const {
+    return IsEncodedFileOpen() ? "a header" : url.ToString();
+}
+
+/// The reason holds the name of the file.
 void IncludeReader::LogUnreadable(const TextPlace& from, const String& reason) const {
-    const bool isHidden = !openFiles_.empty() && shader_.sourceFiles[openFiles_.back()].isEncoded;
-    Log(LogLevel::Error, Format("@(@): a header is left out@@", from.file, from.line, isHidden ? "" : ": ",
-                                isHidden ? String() : reason));
+    Log(LogLevel::Error, Format("@(@): a header is left out@", from.file, from.line,
+                                IsEncodedFileOpen() ? "" : ": " + reason));
 }
 
 Result<BaseArray<IncludeFileEntry>> IncludeReader::ReadIncludes(const Url& file) {
@@ -176,7 +184,7 @@ Result<BaseArray<IncludeFileEntry>> IncludeReader::Read(const Url& file, const T
     const bool isCircle = IsOpen(url);
     if (!isCircle && openFiles_.size() >= MostNested)
         return IllegalStateError(
-            Format("includes are nested more than @ deep at @", UInt64{MostNested}, url));
+            Format("includes are nested more than @ deep at @", UInt64{MostNested}, Shown(url)));
     const IncludeTextRef text = isCircle ? nullptr : sources_.includeTextCache.Get(url, sources_.files);
     NORVI_TRY(CountFile(url, text ? text->bytes.size() : 0));
     if (!text)

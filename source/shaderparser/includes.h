@@ -41,6 +41,8 @@ class IncludeReader {
     void AppendPrologue(const Url& file);
     bool IsOpen(const Url& url) const;
     UInt32 AddSourceFile(const Url& url, const IncludeTextRef& text);
+    bool IsEncodedFileOpen() const;
+    String Shown(const Url& url) const;
     void LogUnreadable(const TextPlace& from, const String& reason) const;
     Result<void> CountFile(const Url& url, size_t bytes);
 

@@ -2,6 +2,8 @@
 
 #include <sstream>
 
+#include <norvi/host/text.h>
+
 #include "norvi/whole_file.h"
 #include "tool_fixture.h"
 
@@ -32,6 +34,22 @@ TEST(EncodeCommand, FilesComeBackAsTheyWere) {
     // In place.
     EXPECT_EQ(MessageOf(EncodeFile(plain, plain)), "");
     EXPECT_EQ(ReadText(plain).find("secret"), String::npos);
+    EXPECT_EQ(folder.CountFiles(), 3);
+}
+
+TEST(EncodeCommand, WhatIsWrittenToKeepsItsKind) {
+    namespace fs = std::filesystem;
+    const ScratchFolder folder;
+    const String target = folder.Write("target", "old"), link = folder.File("link");
+    fs::permissions(target, fs::perms::owner_read | fs::perms::owner_write);
+    fs::create_symlink("target", link);
+    folder.Write(Format("target.@-0.part", Int{getpid()}), "left over from another process");
+    EXPECT_EQ(MessageOf(WriteWholeFile(link, "new")), "");
+    EXPECT_TRUE(fs::is_symlink(link));
+    EXPECT_EQ(ReadText(target), "new");
+    EXPECT_EQ(fs::status(target).permissions(), fs::perms::owner_read | fs::perms::owner_write);
+    EXPECT_EQ(MessageOf(WriteWholeFile("/dev/null", "new")), "");
+    EXPECT_TRUE(fs::is_character_file("/dev/null"));
     EXPECT_EQ(folder.CountFiles(), 3);
 }
 

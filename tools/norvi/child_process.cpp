@@ -6,6 +6,7 @@
 #include <fcntl.h>
 #include <spawn.h>
 #include <sys/mman.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -65,13 +66,23 @@ int Start(const BaseArray<String>& command, int input, int output, pid_t& child)
     return error;
 }
 
+/// The program may be given text that takes it forever, or all memory.
+void Limit(pid_t child) {
+    constexpr rlimit seconds{60, 60}, bytes{rlim_t{4} << 30, rlim_t{4} << 30};
+    prlimit(child, RLIMIT_CPU, &seconds, nullptr);
+    prlimit(child, RLIMIT_AS, &bytes, nullptr);
+}
+
+constexpr size_t MostOutput = size_t{1} << 20;
+
 String ReadToEnd(int descriptor) {
     String text;
     std::array<char, 4096> buffer;
     for (ssize_t count; (count = read(descriptor, buffer.data(), buffer.size())) != 0;) {
         if (count < 0 && errno != EINTR)
             break;
-        text.append(buffer.data(), count > 0 ? static_cast<size_t>(count) : 0);
+        if (text.size() < MostOutput)
+            text.append(buffer.data(), count > 0 ? static_cast<size_t>(count) : 0);
     }
     return text;
 }
@@ -91,6 +102,7 @@ Result<ChildResult> RunWithInput(const BaseArray<String>& command, std::string_v
         return NotFoundError(Format("there is no program @", command.front()));
     if (error != 0)
         return SystemError(Format("cannot run @", command.front()), error);
+    Limit(child);
     writeEnd = Descriptor();
     ChildResult result;
     result.output = ReadToEnd(readEnd.Get());

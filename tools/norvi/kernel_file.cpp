@@ -17,9 +17,10 @@ namespace {
 BaseArray<fs::path> InstalledKernels() {
     BaseArray<fs::path> files;
     std::error_code ignored;
-    for (const auto& entry : fs::directory_iterator(KernelSourceFolder(), ignored))
-        if (entry.path().has_extension() && entry.is_regular_file(ignored))
-            files.push_back(entry.path());
+    for (fs::directory_iterator entry(KernelSourceFolder(), ignored), end; entry != end;
+         entry.increment(ignored))
+        if (entry->path().has_extension() && entry->is_regular_file(ignored))
+            files.push_back(entry->path());
     std::sort(files.begin(), files.end());
     return files;
 }

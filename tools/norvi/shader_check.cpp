@@ -88,7 +88,11 @@ Result<void> CheckProgram(const MappedText& program, const ShaderParser& parser)
         NORVI_TRY(run);
         if (run->status == 0)
             return OK;
-        return IllegalArgumentError(CompilerMessages(program, parser.GetSourceFiles(), run->output));
+        const String messages = CompilerMessages(program, parser.GetSourceFiles(), run->output);
+        return IllegalArgumentError(!messages.empty()
+                                        ? messages
+                                        : Format("@ ended with the status @ and without a message",
+                                                 compiler.command.front(), Int{run->status}));
     }
     return NotFoundError(
         Format("there is no compiler at hand for @: install @", parser.GetLanguage(), missing));

@@ -54,6 +54,8 @@ class ModuleFinisher {
         NORVI_TRY(FindInstructions());
         for (const std::span<UInt32> instruction : instructions_)
             Read(instruction);
+        if (typesBegin_ == 0)
+            return IllegalArgumentError("the SPIR-V module is damaged");
         for (const std::span<UInt32> instruction : instructions_)
             SetLayout(instruction);
         ForbidContraction();
@@ -104,7 +106,10 @@ class ModuleFinisher {
     /// Types are defined before they are used, and behind all decorations.
     void Read(std::span<UInt32> instruction) {
         const UInt32 id = instruction.size() > 1 ? instruction[1] : 0;
-        switch (OperationOf(instruction)) {
+        const UInt32 operation = OperationOf(instruction);
+        if (typesBegin_ == 0 && operation >= TypeVoid && operation <= TypePointer)
+            typesBegin_ = static_cast<size_t>(instruction.data() - words_.data());
+        switch (operation) {
         case Decorate:
             if (instruction[2] == NoContraction)
                 uncontracted_.insert(id);
@@ -166,7 +171,10 @@ class ModuleFinisher {
     }
 
     void SetLayout(std::span<UInt32> instruction) {
-        const Layout& layout = instruction.size() > 1 ? layouts_[instruction[1]] : layouts_[0];
+        const auto found = layouts_.find(instruction.size() > 1 ? instruction[1] : 0);
+        if (found == layouts_.end())
+            return;
+        const Layout& layout = found->second;
         if (OperationOf(instruction) == Decorate && instruction.size() == 4 && instruction[2] == ArrayStride)
             instruction[3] = layout.arrayStride;
         if (OperationOf(instruction) != MemberDecorate || instruction.size() != 5 ||
@@ -184,19 +192,17 @@ class ModuleFinisher {
 
     void ForbidContraction() {
         BaseArray<UInt32> decorations;
-        size_t typesBegin = 0;
         for (const std::span<UInt32> instruction : instructions_) {
             const UInt32 operation = OperationOf(instruction);
-            if (typesBegin == 0 && operation >= TypeVoid && operation <= TypePointer)
-                typesBegin = static_cast<size_t>(instruction.data() - words_.data());
             if (IsArithmetic(operation) && uncontracted_.insert(instruction[2]).second)
                 decorations.insert(decorations.end(), {3u << 16 | Decorate, instruction[2], NoContraction});
         }
-        words_.insert(words_.begin() + static_cast<Int>(typesBegin), decorations.begin(), decorations.end());
+        words_.insert(words_.begin() + static_cast<Int>(typesBegin_), decorations.begin(), decorations.end());
     }
 
     BaseArray<UInt32>& words_;
     BaseArray<std::span<UInt32>> instructions_;
+    size_t typesBegin_ = 0; ///< word of the first type; decorations stand before it
     std::unordered_map<UInt32, Layout> layouts_;
     std::unordered_map<UInt32, UInt32> constants_;
     std::set<std::pair<UInt32, UInt32>> rowMajorMembers_; ///< struct and number of the member

@@ -111,9 +111,10 @@ B notEqual(T x, T y) { return x != y; }
 F mod(F x, F y) { return x - y * floor(x / y); } \
 F norviMix(F x, F y, F a) { return x * (1.0 - a) + y * a; } \
 F atan(F y, F x) { return atan2(y, x); } \
-F asinh(F x) { return log(x + sqrt(x * x + 1.0)); } \
-F acosh(F x) { return log(x + sqrt(x * x - 1.0)); } \
-F atanh(F x) { return 0.5 * log((1.0 + x) / (1.0 - x)); } \
+F norviAsinh(F a) { return a < 1e-3 ? a - a * a * a / 6.0 : a > 1e4 ? log(a) + 0.69314718 : log(a + sqrt(a * a + 1.0)); } \
+F asinh(F x) { return x < 0.0 ? -norviAsinh(-x) : norviAsinh(x); } \
+F acosh(F x) { return x > 1e4 ? log(x) + 0.69314718 : log(x + sqrt((x - 1.0) * (x + 1.0))); } \
+F atanh(F x) { return abs(x) < 1e-3 ? x + x * x * x / 3.0 : 0.5 * log((1.0 + x) / (1.0 - x)); } \
 I bitCount(I x) { return I(countbits(asuint(x))); } \
 I bitCount(U x) { return I(countbits(x)); } \
 I findLSB(I x) { return I(firstbitlow(x)); } \

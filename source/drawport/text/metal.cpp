@@ -3,18 +3,16 @@
 // - Nothing is global: the entry receives all parameters. So the program is a struct whose members are the
 //   parameters and functions, and the body is a function of it; the entry makes one for each invocation.
 // - A float3 has the size of a float4. Where words of types stand for memory (structs, uniforms, buffers)
-// they
-//   mean the packed types. Those convert to the others by themselves, but cannot be an INOUT argument. There
-//   is no packed 3x3 matrix: buffers and structs cannot have one, uniforms are converted.
+//   they mean the packed types. Those convert to the others by themselves, but cannot be an INOUT argument.
+//   There is no packed 3x3 matrix: buffers and structs cannot have one, uniforms are converted.
 // - Vectors are not made from longer ones: vec3(...) and so on are functions of the prologue.
 // - Arguments of min, max, mix and so on must have one type: the prologue has its own, which also treat NaN
-// as the
-//   kernel language says.
+//   as the kernel language says.
 // - round takes halves away from zero, and rint to even.
 // - Textures and samplers are numbered apart from buffers, each from 0 in the order of textures.
 // - Comparing two vectors gives a vector of bool: `==` needs `all` around it.
 // - a*b+c must not be contracted. The pragma says so to compilers that know it; for others it is their
-// option.
+//   option.
 #include "language_table.h"
 
 namespace norvi {

@@ -60,6 +60,9 @@ TEST(FinishModule, DamagedModulesAreRefused) {
     BaseArray<UInt32> empty, noModule(8, 1);
     EXPECT_TRUE(FailsWith(FinishModule(empty), kind, "this is no SPIR-V module"));
     EXPECT_TRUE(FailsWith(FinishModule(noModule), kind, "this is no SPIR-V module"));
+    BaseArray<UInt32> noTypes(good.begin(), good.begin() + 5);
+    noTypes.insert(noTypes.end(), {5u << 16 | 129u, 1, 2, 3, 4}); // a sum
+    EXPECT_TRUE(FailsWith(FinishModule(noTypes), kind, "the SPIR-V module is damaged"));
     int failed = 0;
     for (size_t length = 5; length < good.size(); ++length) {
         BaseArray<UInt32> part(good.begin(), good.begin() + static_cast<Int>(length));
