@@ -26,33 +26,24 @@ void ForEachWord(std::string_view text, Visit&& visit) {
     }
 }
 
-using WordSet = std::unordered_set<std::string_view>;
-
 bool IsEncoded(const BaseArray<SourceFile>& files, LineOrigin origin) {
     return origin.line != 0 && origin.file < files.size() && files[origin.file].isEncoded;
 }
 
-/// The words of the lines that come from encoded files.
-WordSet EncodedWords(const MappedText& program, const BaseArray<SourceFile>& files) {
-    WordSet words;
+/// Whether `message` has a word that only encoded text has told it.
+bool Tells(std::string_view message, const MappedText& program, const BaseArray<SourceFile>& files,
+           std::string_view authorLine) {
+    std::unordered_set<std::string_view> words;
+    ForEachWord(message, [&](std::string_view word) { words.insert(word); });
+    ForEachWord(authorLine, [&](std::string_view word) { words.erase(word); });
+    bool tells = false;
     std::string_view rest = program.text;
-    for (LineOrigin origin : program.lines) {
+    for (const LineOrigin origin : program.lines) {
         const std::string_view line = rest.substr(0, rest.find('\n'));
         if (IsEncoded(files, origin))
-            ForEachWord(line, [&](std::string_view word) { words.insert(word); });
+            ForEachWord(line, [&](std::string_view word) { tells |= words.contains(word); });
         rest.remove_prefix(std::min(line.size() + 1, rest.size()));
     }
-    return words;
-}
-
-/// Whether `message` has a word that only encoded text has told it.
-bool Tells(std::string_view message, const WordSet& encodedWords, std::string_view authorLine) {
-    WordSet known;
-    ForEachWord(authorLine, [&](std::string_view word) { known.insert(word); });
-    bool tells = false;
-    ForEachWord(message, [&](std::string_view word) {
-        tells |= encodedWords.contains(word) && !known.contains(word);
-    });
     return tells;
 }
 
@@ -71,8 +62,7 @@ String DescribeForAuthor(const MappedText& program, const BaseArray<SourceFile>&
     const auto index = static_cast<size_t>(line - 1);
     const LineOrigin origin = line > 0 && index < program.lines.size() ? program.lines[index] : LineOrigin();
     const String text = GetOriginText(files, origin);
-    if (IsEncoded(files, origin) ||
-        (HoldEncodedText(files) && Tells(message, EncodedWords(program, files), text)))
+    if (IsEncoded(files, origin) || (HoldEncodedText(files) && Tells(message, program, files, text)))
         message = EncodedMessage;
     if (origin.line == 0 || origin.file >= files.size())
         return String(message);
