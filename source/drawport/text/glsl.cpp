@@ -72,10 +72,6 @@ const ShaderLanguage glslLanguage = {
     .programBegin = "",
     .storageWords = {},
     .uniformsBegin = "layout(set = 0, binding = $binding$, scalar) uniform NorviUniforms {\n",
-    .uniform = "$type$ norvi_$name$;\n",
-    .noiseUniforms =
-        "int norviNoiseModes[$count$];\n"
-        "int norviNoiseSeeds[$count$];\n",
     .uniformsEnd = {"} norviUniforms;\n"},
     .buffer = {"layout(set = 0, binding = $binding$, scalar) buffer NorviBuffer_$name$ { $type$ elements[]; } norviBuffer_$name$;\n"},
     .readOnlyBuffer = {"layout(set = 0, binding = $binding$, scalar) readonly buffer NorviBuffer_$name$ { $type$ elements[]; } norviBuffer_$name$;\n"},

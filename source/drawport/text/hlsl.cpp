@@ -160,10 +160,6 @@ float4x4 inverse(float4x4 m)
     .programBegin = "",
     .storageWords = {},
     .uniformsBegin = "struct NorviUniforms {\n",
-    .uniform = "$type$ norvi_$name$;\n",
-    .noiseUniforms =
-        "int norviNoiseModes[$count$];\n"
-        "int norviNoiseSeeds[$count$];\n",
     .uniformsEnd = {
         "};\n"
         "[[vk::binding($binding$, 0)]] ConstantBuffer<NorviUniforms> norviUniforms;\n"},

@@ -36,8 +36,6 @@ struct ShaderLanguage {
     std::span<const ShaderWord> storageWords;
 
     const char* uniformsBegin;
-    const char* uniform;       ///< $type$, $name$
-    const char* noiseUniforms; ///< kinds and seeds of noise number 0 to $count$ - 1
     ShaderDeclaration uniformsEnd;
     ShaderDeclaration buffer; ///< $type$
     ShaderDeclaration readOnlyBuffer;

@@ -262,10 +262,6 @@ template <typename T, metal::access A> inline int3 norviSize(texture3d<T, A> t) 
     .programBegin = "struct NorviProgram {\n",
     .storageWords = storageWords,
     .uniformsBegin = "struct NorviUniforms {\n",
-    .uniform = "$type$ norvi_$name$;\n",
-    .noiseUniforms =
-        "int norviNoiseModes[$count$];\n"
-        "int norviNoiseSeeds[$count$];\n",
     .uniformsEnd = {
         "};\n"
         "constant NorviUniforms& norviUniforms;\n",

@@ -130,9 +130,10 @@ class ProgramWriter {
         const String binding = NextBinding();
         Write(Fill(language_.uniformsBegin, {{"binding", binding}}));
         for (const ShaderVariable& uniform : program_.uniforms)
-            Write(Fill(language_.uniform, {{"type", uniform.type}, {"name", uniform.name}}));
+            Write(Format("@ norvi_@;\n", uniform.type, uniform.name));
         if (program_.hasNoise)
-            Write(Fill(language_.noiseUniforms, {{"count", ToText(NoiseUniformCount)}}));
+            Write(Format("int norviNoiseModes[@];\nint norviNoiseSeeds[@];\n", NoiseUniformCount,
+                         NoiseUniformCount));
         WriteDeclaration(language_.uniformsEnd, {{"binding", binding}});
     }
 
