@@ -1,4 +1,4 @@
-// Files as nobody would write them: each gives a result or an error, quickly and in little memory.
+// Files as nobody would write them: each gives a result or an error, in little memory.
 #include <fstream>
 
 #include <gtest/gtest.h>
